@@ -11,6 +11,8 @@
 DWORD GetModuleFileNameW(void* module, LPWSTR buffer, DWORD size);
 
 namespace platform {
+// Directory of the executable as a narrow UTF-8 path, with its trailing '/'.
+std::string ApplicationDirectory();
 // Test seam: when non-empty, reported instead of /proc/self/exe.
 void OverrideModuleFileName(const std::wstring& path);
 }

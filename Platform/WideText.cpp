@@ -1,0 +1,18 @@
+#include "Platform/WideText.h"
+
+#include <QString>
+
+namespace platform {
+
+std::string ToUtf8(std::wstring_view text)
+{
+    return QString::fromWCharArray(text.data(), static_cast<qsizetype>(text.size()))
+        .toStdString();
+}
+
+std::wstring FromUtf8(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toStdWString();
+}
+
+}  // namespace platform
