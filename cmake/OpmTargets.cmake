@@ -22,11 +22,21 @@ function(opm_folder_library name)
   endif()
 endfunction()
 
-# opm_add_test(<name> SOURCES ... LIBS ... LABELS ...): one GoogleTest
-# executable registered as one CTest test.
+# opm_add_test(<name> SOURCES ... LIBS ... LABELS ... [GUI_MAIN] [OWN_MAIN]):
+# one GoogleTest executable registered as one CTest test. By default it links
+# gtest_main; GUI_MAIN gives it a main() that creates one QApplication
+# (offscreen); OWN_MAIN means the sources bring their own main().
 function(opm_add_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
-  add_executable(${name} ${ARG_SOURCES})
+  cmake_parse_arguments(ARG "GUI_MAIN;OWN_MAIN" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+  if(ARG_GUI_MAIN)
+    add_executable(${name} ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/support/GuiTestMain.cpp)
+    target_link_libraries(${name} PRIVATE Qt6::Widgets)
+  else()
+    add_executable(${name} ${ARG_SOURCES})
+  endif()
+  if(NOT ARG_GUI_MAIN AND NOT ARG_OWN_MAIN)
+    target_link_libraries(${name} PRIVATE GTest::gtest_main)
+  endif()
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gmock)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/tests)
   add_test(NAME ${name} COMMAND ${name})
