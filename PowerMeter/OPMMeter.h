@@ -91,7 +91,8 @@ public:
     int GetWaveLengthShift() const { return WaveLengthShift.load(); }
     void SetWaveLengthShift(int shift) { WaveLengthShift.store(shift); }
     float GetReferenceLevel(int slot) const;
-    void SetReferenceLevel(int slot, float level);
+    // False for a slot outside the ten.
+    bool SetReferenceLevel(int slot, float level);
 
     // Calibration values as loaded or calibrated.
     float GetWaveCentralCoeff(int slot) const;
