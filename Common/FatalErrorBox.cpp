@@ -1,0 +1,66 @@
+#include "Common/FatalErrorBox.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QMetaObject>
+#include <QSemaphore>
+#include <QThread>
+#include <atomic>
+#include <memory>
+
+#include "Platform/FatalError.h"
+
+namespace {
+constexpr const char* kTitle = "Unrecoverable error";
+
+// How long a failing worker waits for the UI thread to take its box up. A UI
+// thread that is itself blocked (waiting for that worker, say) never does, and
+// the process must still end.
+constexpr int kPickUpTimeoutMs = 3000;
+
+// Platforms that draw nowhere a person could read the box.
+bool IsHeadlessPlatform(const QString& name) {
+    return name == QLatin1String("offscreen") || name == QLatin1String("minimal");
+}
+}  // namespace
+
+void CFatalErrorBox::Install() {
+    platform::SetFatalErrorBox([](const std::wstring& text) {
+        if (CanShow()) Show(text);
+    });
+}
+
+bool CFatalErrorBox::CanShow() {
+    return qobject_cast<QApplication*>(QCoreApplication::instance()) != nullptr &&
+           !IsHeadlessPlatform(QGuiApplication::platformName());
+}
+
+void CFatalErrorBox::Show(const std::wstring& text) {
+    QCoreApplication* app = QCoreApplication::instance();
+    if (app == nullptr) return;
+    if (QThread::currentThread() == app->thread()) {
+        ShowOnGuiThread(text);
+        return;
+    }
+
+    struct Handshake {
+        QSemaphore pickedUp;
+        QSemaphore closed;
+    };
+    auto handshake = std::make_shared<Handshake>();
+    QMetaObject::invokeMethod(
+        app,
+        [handshake, text] {
+            handshake->pickedUp.release();
+            ShowOnGuiThread(text);
+            handshake->closed.release();
+        },
+        Qt::QueuedConnection);
+    if (handshake->pickedUp.tryAcquire(1, kPickUpTimeoutMs)) handshake->closed.acquire();
+}
+
+void CFatalErrorBox::ShowOnGuiThread(const std::wstring& text) {
+    QMessageBox box(QMessageBox::Critical, QString::fromLatin1(kTitle),
+                    QString::fromStdWString(text), QMessageBox::Ok, QApplication::activeWindow());
+    box.exec();
+}

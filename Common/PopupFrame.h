@@ -1,0 +1,45 @@
+#pragma once
+// The drawn frame of the toolkit's pop-up boxes. The instrument's screen has
+// no window manager, so a box draws its own border and caption strip; the
+// dialog template is built into the client area inside them.
+
+#include <QRect>
+#include <QString>
+
+class QDialog;
+class QLabel;
+class QWidget;
+
+class CPopupFrame {
+public:
+    static constexpr int kBorder = 3;
+    static constexpr int kCaptionHeight = 34;
+
+    // Turns `box` into a frameless pop-up with the toolkit's look.
+    CPopupFrame(QDialog& box, bool withCaption);
+
+    // Where the template's controls live.
+    QWidget* Client() const { return client; }
+    // Sets the caption strip (when there is one) and the window title.
+    void SetCaption(const QString& caption);
+    // The caption strip's background (a warning or an error shows in colour).
+    void SetCaptionColour(const QString& colour);
+    // Width the caption text needs; 0 without a caption strip.
+    int CaptionTextWidth() const;
+    // Gives the client area this size; the window grows by the frame around it.
+    void ResizeClient(const QSize& clientSize);
+    QSize WindowSizeFor(const QSize& clientSize) const;
+
+    // The screen the boxes are placed on (GetSystemMetrics of the old system).
+    static QRect ScreenRect();
+    // Centred over `over`; centred on the screen instead when that would
+    // reach outside the screen.
+    static QRect CentredRect(const QSize& size, const QRect& over, const QRect& screen);
+    // The rectangle a box of this size takes over its parent (or the screen).
+    static QRect PlaceOver(const QSize& size, const QWidget* parent);
+
+private:
+    QDialog& box;
+    QLabel* caption = nullptr;
+    QWidget* client = nullptr;
+};
