@@ -15,5 +15,6 @@ target_link_libraries(meter_test_support PUBLIC Support Platform Qt6::Core GTest
 opm_add_test(OPMMeterTests
   SOURCES
     ${CMAKE_CURRENT_LIST_DIR}/OPMMeterTest.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/OPMMeterCalibrationFileTest.cpp
   LIBS meter_test_support
   LABELS unit)
