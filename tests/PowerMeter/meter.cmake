@@ -16,5 +16,7 @@ opm_add_test(OPMMeterTests
   SOURCES
     ${CMAKE_CURRENT_LIST_DIR}/OPMMeterTest.cpp
     ${CMAKE_CURRENT_LIST_DIR}/OPMMeterCalibrationFileTest.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/OPMMeterWorkerTest.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/OPMMeterDeathTest.cpp
   LIBS meter_test_support
   LABELS unit)
