@@ -11,6 +11,7 @@
 #include "Platform/DebugOutput.h"
 #include "Platform/Library.h"
 #include "Platform/Registry.h"
+#include "Platform/RegistryHive.h"
 #include "Platform/StreamDeviceFaults.h"
 #include "Platform/StreamDriver.h"
 #include "Platform/WideText.h"
@@ -130,11 +131,11 @@ std::optional<DriverEntry> FindDriverEntry(const std::wstring& keyName, const st
         Report(path + L": needs \"Dll\", \"Prefix\" and \"Index\"");
         return std::nullopt;
     }
-    if (*registeredPrefix != prefix || *registeredIndex != index) {
+    if (!platform::SameRegistryName(*registeredPrefix, prefix) || *registeredIndex != index) {
         Report(path + L": \"Prefix\" and \"Index\" do not name " + keyName);
         return std::nullopt;
     }
-    return DriverEntry{*dll, prefix};
+    return DriverEntry{*dll, *registeredPrefix};
 }
 
 template <typename Proc>
@@ -227,7 +228,9 @@ HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, SECURITY_ATTRIBU
         SetLastError(ERROR_FILE_NOT_FOUND);
         return INVALID_HANDLE_VALUE;
     }
-    const std::wstring keyName = std::wstring(name).substr(0, 4);
+    // Device names, like registry names, ignore case.
+    std::wstring keyName = std::wstring(name).substr(0, 4);
+    for (wchar_t& c : keyName) c = static_cast<wchar_t>(std::towupper(static_cast<wint_t>(c)));
 
     State& state = Devices();
     std::lock_guard lock(state.mutex);
