@@ -18,6 +18,7 @@ set_target_properties(fake_stream_driver PROPERTIES
 
 opm_add_test(PowerMeterDeviceTests
   SOURCES
+    ${CMAKE_CURRENT_LIST_DIR}/ModuleDllTest.cpp
     ${CMAKE_CURRENT_LIST_DIR}/LightSourceConfigTest.cpp
     ${CMAKE_CURRENT_LIST_DIR}/LightSourceTest.cpp
   LIBS PowerMeter
