@@ -92,11 +92,15 @@ QRect CToolkitStyle::BadgeRect(const QRect& keyRect) {
     return QRect(keyRect.topLeft() + QPoint(6, 5), kBadgeSize);
 }
 
-void CToolkitStyle::PaintKeyLabel(QPainter& painter, const QRect& keyRect, const QString& text,
+QRect CToolkitStyle::FullLabelRect(const QRect& keyRect) {
+    return keyRect.adjusted(8, 4, -10, -6);
+}
+
+void CToolkitStyle::PaintKeyLabel(QPainter& painter, const QRect& labelArea, const QString& text,
                                   const QFont& font, KeyState state) {
     if (text.isEmpty()) return;
     painter.save();
-    QRect area = LabelRect(keyRect);
+    QRect area = labelArea;
     if (state == KeyState::Pressed) area.translate(kPressShift, kPressShift);
     const QColor colour = state == KeyState::Pressed    ? Background()
                           : state == KeyState::Disabled ? DisabledText()
@@ -133,7 +137,7 @@ QPixmap CToolkitStyle::KeyFace(const QString& text) {
     QPainter painter(&face);
     const QRect rect(QPoint(0, 0), kKeySize);
     PaintKeyBody(painter, rect, KeyState::Normal);
-    PaintKeyLabel(painter, rect, text, KeyFont(), KeyState::Normal);
+    PaintKeyLabel(painter, LabelRect(rect), text, KeyFont(), KeyState::Normal);
     return face;
 }
 

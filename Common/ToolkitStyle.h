@@ -35,12 +35,14 @@ public:
 
     // The raised key body in the given state, filling `rect`.
     static void PaintKeyBody(QPainter& painter, const QRect& rect, KeyState state);
-    // The label of a key: centred below the badge row, wrapped on two lines
-    // when one does not hold it, shrunk when two do not.
-    static void PaintKeyLabel(QPainter& painter, const QRect& keyRect, const QString& text,
+    // A key's label centred in `area`, wrapped on two lines when one does not
+    // hold it, shrunk when two do not; moved with the body when pressed.
+    static void PaintKeyLabel(QPainter& painter, const QRect& area, const QString& text,
                               const QFont& font, KeyState state);
-    // Where a key's label goes: the key without the badge row and the bevel.
+    // Where the label of a key with a badge goes: below the badge row.
     static QRect LabelRect(const QRect& keyRect);
+    // Where the label of a key without a badge goes: inside the bevel.
+    static QRect FullLabelRect(const QRect& keyRect);
     // The F-key badge ("F1".."F4") filling `rect`.
     static void PaintBadge(QPainter& painter, const QRect& rect, const QString& text);
     // Where a key puts its slot's badge.

@@ -36,8 +36,7 @@ QPixmap Draw(const QString& kind, const QString& label, bool& known)
         QPixmap text(CToolkitStyle::LabelRect(keyRect).size());
         text.fill(Qt::transparent);
         QPainter painter(&text);
-        const QRect area = text.rect().adjusted(-6, -(CToolkitStyle::kBadgeSize.height() + 4), 8, 6);
-        CToolkitStyle::PaintKeyLabel(painter, area, label, CToolkitStyle::KeyFont(),
+        CToolkitStyle::PaintKeyLabel(painter, text.rect(), label, CToolkitStyle::KeyFont(),
                                      CToolkitStyle::KeyState::Normal);
         return text;
     }
