@@ -51,8 +51,9 @@ struct State {
 };
 
 State& Devices() {
-    static State state;
-    return state;
+    // Never destroyed: drivers and open handles last until the process ends.
+    static State* const state = new State;
+    return *state;
 }
 
 void Report(const std::wstring& text) {
