@@ -40,11 +40,13 @@ public:
     // module's command 715, or "0" when it can't be read.
     static std::wstring ReadHardwareId();
 
-private:
+protected:
+    // The steps of Init, each on its own.
     void LoadModuleAndInitOtdr();
     void InitLightSource();
     void InitPowerMeter();
 
+private:
     std::unique_ptr<CLightSourceConfig> lightSourceConfig;
     std::unique_ptr<CLightSource> lightSource;
     std::unique_ptr<ZuOPMMeter> powerMeter;

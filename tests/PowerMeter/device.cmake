@@ -21,6 +21,7 @@ opm_add_test(PowerMeterDeviceTests
     ${CMAKE_CURRENT_LIST_DIR}/ModuleDllTest.cpp
     ${CMAKE_CURRENT_LIST_DIR}/LightSourceConfigTest.cpp
     ${CMAKE_CURRENT_LIST_DIR}/LightSourceTest.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/PowerMeterDeviceManagerTest.cpp
   LIBS PowerMeter
   LABELS unit)
 target_compile_definitions(PowerMeterDeviceTests PRIVATE
