@@ -11,8 +11,8 @@
 namespace sim {
 
 bool Bench::Stamp::operator==(const Stamp& other) const {
-    return exists == other.exists && device == other.device && inode == other.inode &&
-           size == other.size && modified.tv_sec == other.modified.tv_sec &&
+    return exists == other.exists && regular == other.regular && device == other.device &&
+           inode == other.inode && size == other.size && modified.tv_sec == other.modified.tv_sec &&
            modified.tv_nsec == other.modified.tv_nsec;
 }
 
@@ -24,7 +24,7 @@ Bench& Bench::Instance() {
 Bench::Stamp Bench::StampOf(const std::string& path) {
     struct stat info {};
     if (stat(path.c_str(), &info) != 0) return {};
-    return {true, info.st_dev, info.st_ino, info.st_size, info.st_mtim};
+    return {true, S_ISREG(info.st_mode), info.st_dev, info.st_ino, info.st_size, info.st_mtim};
 }
 
 // Problems go to standard error once per change of the file, not at every read.
@@ -36,7 +36,7 @@ void Bench::Reload(const Stamp& newStamp) {
         return;
     }
     std::ifstream file(path);
-    if (!file) {
+    if (!stamp.regular || !file) {
         std::fprintf(stderr, "bench: %s: cannot be read, using the defaults\n", path.c_str());
         settings = std::make_shared<BenchSettings>();
         return;

@@ -38,6 +38,7 @@ public:
 private:
     struct Stamp {
         bool exists = false;
+        bool regular = false;
         dev_t device = 0;
         ino_t inode = 0;
         off_t size = 0;
