@@ -85,14 +85,13 @@ ZuOPMMeter::~ZuOPMMeter() {
 }
 
 void ZuOPMMeter::Start() {
-    if (running.load()) {
+    if (!stopRequested.load() && (running.load() || starting.load())) {
         return;
     }
+    // One worker at a time: a stopped one may still be finishing its last
+    // measurement, so a quick restart waits for it rather than being lost.
     if (worker.joinable()) {
-        if (starting.load()) {
-            return;  // one worker at a time: the last one is on its way up
-        }
-        worker.join();  // it has left its loop
+        worker.join();
     }
     currentRange.store(1);
     stopRequested.store(false);

@@ -49,7 +49,8 @@ public:
     ZuOPMMeter(const ZuOPMMeter&) = delete;
     ZuOPMMeter& operator=(const ZuOPMMeter&) = delete;
 
-    // Starts measuring on the worker thread unless it already runs.
+    // Starts measuring on the worker thread unless it already measures. A
+    // worker that was asked to stop is waited for first.
     void Start();
     // Asks the worker to end after its current iteration; does not wait.
     void Stop();

@@ -101,6 +101,15 @@ TEST_F(MeterWorkerTest, MeasuresAgainAfterARestart) {
     EXPECT_EQ(Count("enable"), 2);
 }
 
+TEST_F(MeterWorkerTest, StartWhileTheWorkerIsStoppingWaitsForItAndMeasuresAgain) {
+    StartAndMeasure();
+    meter->Stop();
+    sleep.Release();
+    meter->Start();
+    EXPECT_TRUE(WaitFor([this] { return Count("enable") == 2 && meter->IsRunning(); }));
+    EXPECT_EQ(Count("disable"), 1);
+}
+
 TEST_F(MeterWorkerTest, StopRightAfterStartStillEndsTheWorker) {
     MakeMeter();
     meter->Start();
