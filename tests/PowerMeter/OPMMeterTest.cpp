@@ -243,5 +243,17 @@ TEST_F(MeterMeasurementTest, CalibrationWithAnUnreadableFileFailsButKeepsTheCoef
     EXPECT_EQ(ReadText(file), kFactoryFile);
 }
 
+TEST_F(MeterMeasurementTest, RereadFactoryCalibrationAppliesFromTheNextMeasurement) {
+    backend->SetCounts(1, 2048);
+    StartAndMeasure();
+    ASSERT_FLOAT_EQ(meter->GetLastPower(), -37.883899436317556f);
+    std::string text = kFactoryFile;
+    text.replace(text.find("CalibrFreeCoeff=0.25"), 20, "CalibrFreeCoeff=1.25");
+    WriteText(file, text);
+    EXPECT_TRUE(BetweenIterations([this] { return meter->ReloadFactoryCalibration(); }));
+    ASSERT_TRUE(sleep.RunIterations(1));
+    EXPECT_FLOAT_EQ(meter->GetLastPower(), -36.883899436317556f);
+}
+
 }  // namespace
 }  // namespace meter_test
