@@ -57,5 +57,6 @@ void CMessage::OnInitDialog() {
     connect(okBtn, &QPushButton::clicked, this, &QDialog::accept);
     okBtn->setDefault(true);
     okBtn->setFocus();
+    CPopupFrame::Mark(okBtn, true);
     CMessageLayout::Arrange(frame, *textCtrl, *okBtn, parentWidget());
 }

@@ -84,6 +84,7 @@ void CMessageBoxEx::OnInitDialog() {
     connect(okBtn, &QPushButton::clicked, this, &QDialog::accept);
     okBtn->setDefault(true);
     okBtn->setFocus();
+    CPopupFrame::Mark(okBtn, true);
 
     installEventFilter(this);
     for (QWidget* child : findChildren<QWidget*>()) child->installEventFilter(this);

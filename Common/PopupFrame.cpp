@@ -4,7 +4,9 @@
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QPushButton>
 #include <QScreen>
+#include <QStyle>
 
 namespace {
 // High contrast for a screen read outdoors: black on white, a dark caption
@@ -15,7 +17,7 @@ QLabel { color: #000000; background: transparent; }
 QLabel#caption { background: #0a2f6b; color: #ffffff; padding-left: 10px; font-weight: bold; }
 QPushButton { color: #000000; background: #e6e6e6; border: 2px solid #303030;
               border-radius: 4px; padding: 2px 14px; }
-QPushButton:focus { background: #ffcc00; border: 3px solid #000000; }
+QPushButton:focus, QPushButton[marked="true"] { background: #ffcc00; border: 4px solid #000000; }
 QPushButton:pressed { background: #303030; color: #ffffff; }
 QPushButton:disabled { color: #9a9a9a; border-color: #b0b0b0; }
 )";
@@ -65,6 +67,14 @@ void CPopupFrame::ResizeClient(const QSize& clientSize) {
         caption->setGeometry(kBorder, kBorder, clientSize.width(), kCaptionHeight);
     client->setGeometry(kBorder, top, clientSize.width(), clientSize.height());
     box.setFixedSize(WindowSizeFor(clientSize));
+}
+
+void CPopupFrame::Mark(QPushButton* key, bool marked) {
+    if (key == nullptr || key->property("marked").toBool() == marked) return;
+    key->setProperty("marked", marked);
+    key->style()->unpolish(key);
+    key->style()->polish(key);
+    key->update();
 }
 
 QRect CPopupFrame::ScreenRect() {

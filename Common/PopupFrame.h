@@ -8,6 +8,7 @@
 
 class QDialog;
 class QLabel;
+class QPushButton;
 class QWidget;
 
 class CPopupFrame {
@@ -29,6 +30,10 @@ public:
     // Gives the client area this size; the window grows by the frame around it.
     void ResizeClient(const QSize& clientSize);
     QSize WindowSizeFor(const QSize& clientSize) const;
+
+    // Shows or clears the focus mark on a key. The mark follows the box's own
+    // idea of the current key, whether or not its window has the focus.
+    static void Mark(QPushButton* key, bool marked);
 
     // The screen the boxes are placed on (GetSystemMetrics of the old system).
     static QRect ScreenRect();

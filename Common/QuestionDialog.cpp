@@ -50,20 +50,26 @@ void CQuestionDialog::OnInitDialog() {
 
     connect(okBtn, &QPushButton::clicked, this, &QDialog::accept);
     connect(cancelBtn, &QPushButton::clicked, this, &QDialog::reject);
-    cancelBtn->setFocus();
+    MarkKey(cancelBtn);
 
     installEventFilter(this);
     for (QWidget* child : findChildren<QWidget*>()) child->installEventFilter(this);
 }
 
+void CQuestionDialog::MarkKey(QPushButton* key) {
+    CPopupFrame::Mark(okBtn, key == okBtn);
+    CPopupFrame::Mark(cancelBtn, key == cancelBtn);
+    marked = key;
+    key->setFocus();
+}
+
 bool CQuestionDialog::OnKeyDown(UINT virtualKey) {
-    QPushButton* marked = okBtn->hasFocus() ? okBtn : cancelBtn;
     switch (virtualKey) {
         case VK_LEFT:
-            okBtn->setFocus();
+            MarkKey(okBtn);
             return true;
         case VK_RIGHT:
-            cancelBtn->setFocus();
+            MarkKey(cancelBtn);
             return true;
         case VK_RETURN:
         case VK_SPACE:

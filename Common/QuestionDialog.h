@@ -20,6 +20,8 @@ public:
 
     CQuestionDialog(const std::wstring& text, QWidget* parent);
 
+    // The key Enter would press.
+    QPushButton* MarkedKey() const { return marked; }
     // Runs the box modally; IDYES or IDNO.
     int DoModal();
     // Asks and returns true for yes.
@@ -34,9 +36,12 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void MarkKey(QPushButton* key);
+
     std::wstring text;
     CPopupFrame frame;
     QPushButton* okBtn = nullptr;
     QPushButton* cancelBtn = nullptr;
+    QPushButton* marked = nullptr;
     bool initialised = false;
 };

@@ -15,10 +15,9 @@
 #include "Platform/FatalError.h"
 
 namespace {
-// The marked key looks like a focused key, while the keyboard focus itself
-// stays in the text so that a PC keyboard types there.
+// The keyboard focus stays in the text so that a PC keyboard types there;
+// the marked key shows the focus mark instead.
 constexpr const char* kMarkStyle = R"(
-QPushButton[marked="true"] { background: #ffcc00; border: 4px solid #000000; }
 QPushButton[latched="true"] { background: #0a2f6b; color: #ffffff; }
 QLineEdit { border: 3px solid #000000; padding: 0 8px; }
 )";
@@ -95,13 +94,8 @@ void CVirtualKeyboard::OnInitDialog() {
 
 void CVirtualKeyboard::Mark(QPushButton* key) {
     if (key == nullptr || key == marked) return;
-    for (QPushButton* previous : {marked, key}) {
-        if (previous == nullptr) continue;
-        previous->setProperty("marked", previous == key);
-        previous->style()->unpolish(previous);
-        previous->style()->polish(previous);
-        previous->update();
-    }
+    CPopupFrame::Mark(marked, false);
+    CPopupFrame::Mark(key, true);
     marked = key;
 }
 
@@ -221,6 +215,14 @@ void CVirtualKeyboard::done(int result) {
 }
 
 bool CVirtualKeyboard::eventFilter(QObject* watched, QEvent* event) {
+    // A dialog that opens hands its focus over as if by Tab, and a text field
+    // then selects all of itself: the entry goes on after the text instead.
+    if (watched == edit && event->type() == QEvent::FocusIn &&
+        static_cast<QFocusEvent*>(event)->reason() == Qt::TabFocusReason) {
+        QFocusEvent plain(QEvent::FocusIn, Qt::OtherFocusReason);
+        QCoreApplication::sendEvent(edit, &plain);
+        return true;
+    }
     if (event->type() == QEvent::KeyPress && edit != nullptr) {
         const auto* key = static_cast<QKeyEvent*>(event);
         if (OnKeyDown(VirtualKeyFromQt(key->key()))) return true;
