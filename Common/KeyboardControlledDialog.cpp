@@ -35,19 +35,36 @@ bool CKeyboardControlledDialog::eventFilter(QObject* watched, QEvent* event) {
     return PreTranslateMessage(event);
 }
 
-bool CKeyboardControlledDialog::IsPropagation(QObject* receiver, QEvent* event) {
-    const bool sameEvent = event == lastEvent && event->type() == lastType && lastReceiver;
-    bool toAncestor = false;
-    if (sameEvent) {
-        for (QObject* o = lastReceiver->parent(); o != nullptr; o = o->parent()) {
-            if (o == receiver) {
-                toAncestor = true;
-                break;
-            }
-        }
+CKeyboardControlledDialog::InputSignature CKeyboardControlledDialog::SignatureOf(
+    const QEvent* event) {
+    InputSignature signature;
+    signature.type = event->type();
+    signature.event = event;
+    if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease) {
+        signature.code = static_cast<const QKeyEvent*>(event)->key();
+    } else {
+        const auto* mouse = static_cast<const QMouseEvent*>(event);
+        signature.code = mouse->button();
+        signature.timestamp = mouse->timestamp();
+        signature.globalPosition = mouse->globalPosition();
     }
-    lastEvent = event;
-    lastType = event->type();
+    return signature;
+}
+
+bool CKeyboardControlledDialog::InputSignature::SameInput(const InputSignature& other) const {
+    if (type != other.type || code != other.code) return false;
+    if (type == QEvent::KeyPress || type == QEvent::KeyRelease) return event == other.event;
+    return timestamp == other.timestamp && globalPosition == other.globalPosition;
+}
+
+bool CKeyboardControlledDialog::IsPropagation(QObject* receiver, QEvent* event) {
+    const InputSignature signature = SignatureOf(event);
+    bool toAncestor = false;
+    if (lastReceiver && signature.SameInput(last)) {
+        for (QObject* o = lastReceiver->parent(); o != nullptr && !toAncestor; o = o->parent())
+            toAncestor = o == receiver;
+    }
+    last = signature;
     lastReceiver = receiver;
     return toAncestor;
 }

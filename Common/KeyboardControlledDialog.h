@@ -3,6 +3,7 @@
 // and its controls before they do, turns them into virtual operations by the
 // key table, and lets what is not consumed go on to ordinary handling.
 
+#include <QPointF>
 #include <QPointer>
 
 #include "Common/Dialog.h"
@@ -43,9 +44,18 @@ private:
     bool DispatchKeyDown(UINT virtualKey, QKeyEvent* message);
     bool IsPropagation(QObject* receiver, QEvent* event);
 
-    // An input event that a control ignores travels on to its parents; it is
-    // dispatched only where it first arrived.
-    QEvent* lastEvent = nullptr;
-    QEvent::Type lastType = QEvent::None;
+    // An input event that a control ignores travels on to its parents (a key
+    // as the same object, a touch as a copy); it is dispatched only where it
+    // first arrived.
+    struct InputSignature {
+        QEvent::Type type = QEvent::None;
+        const QEvent* event = nullptr;
+        quint64 timestamp = 0;
+        int code = 0;
+        QPointF globalPosition;
+        bool SameInput(const InputSignature& other) const;
+    };
+    static InputSignature SignatureOf(const QEvent* event);
+    InputSignature last;
     QPointer<QObject> lastReceiver;
 };

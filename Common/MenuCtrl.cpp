@@ -162,3 +162,7 @@ bool CMenuCtrl::KeyInCurrents(const CMenuKey* key) const {
     }
     return false;
 }
+
+CMenuKey* CMenuCtrl::GetCurrentKey(unsigned keyIndex) const {
+    return keyIndex < keysNum ? currentKeys[keyIndex] : nullptr;
+}

@@ -124,7 +124,10 @@ int CSubmenuDialog::Show() {
     loop = nullptr;
 
     hide();
-    if (savedFocus) savedFocus->setFocus(Qt::OtherFocusReason);
+    if (savedFocus) {
+        savedFocus->window()->activateWindow();
+        savedFocus->setFocus(Qt::OtherFocusReason);
+    }
     return result;
 }
 
