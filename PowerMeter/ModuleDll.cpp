@@ -39,6 +39,9 @@ bool TModuleDll::Load(const char* name, TLenUnit* lenUnit) {
     if (module != nullptr) {
         FreeLibrary(module);
         module = nullptr;
+        // The old entry points lead into the unloaded library.
+        ClearEntryPoints();
+        isLoaded = 0;
     }
 
     // A name with a drive or device prefix is taken as it stands.
@@ -71,6 +74,15 @@ void TModuleDll::Initialise(TLenUnit* lenUnit) {
         auto init = reinterpret_cast<DllInit2Proc>(Resolve(module, "DllInit2"));
         init(&params);
     }
+}
+
+void TModuleDll::ClearEntryPoints() {
+    InitOTDR = nullptr;
+    InitOTDREx = MeasFull = MeasStep = MeasStop = MeasPrepare = nullptr;
+    ServiceFunction = nullptr;
+    MD_AddContext = MD_AddDevice = MD_DeleteContext = MD_DeleteDevice = MD_InitOTDR = nullptr;
+    MD_MeasFull = MD_MeasStep = MD_MeasStop = MD_MeasPrepare = MD_ServiceFunction = nullptr;
+    GetSorSize = GetSorData = CreateSorPtr = DestroySorPtr = nullptr;
 }
 
 void TModuleDll::ResolveEntryPoints() {

@@ -52,9 +52,10 @@ public:
     TModuleDll(const TModuleDll&) = delete;
     TModuleDll& operator=(const TModuleDll&) = delete;
 
-    // Loads the library (a loaded one is freed first), initialises it with
-    // the log file and `lenUnit`, and resolves the entry points. False when
-    // the library can't be loaded; the table is then left as it was.
+    // Loads the library (a loaded one is freed first, and its entry points
+    // cleared), initialises it with the log file and `lenUnit`, and resolves
+    // the entry points. False when the library can't be loaded; the table is
+    // then left as it was.
     bool Load(const char* fileName, TLenUnit* lenUnit);
 
     bool IsLoaded() const { return isLoaded != 0; }
@@ -88,6 +89,7 @@ public:
 private:
     void Initialise(TLenUnit* lenUnit);
     void ResolveEntryPoints();
+    void ClearEntryPoints();
 
     int isLoaded = 0;
     TNarrowString text1;

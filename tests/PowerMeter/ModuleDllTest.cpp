@@ -99,10 +99,12 @@ TEST_F(ModuleDllTest, ASecondLoadReplacesTheLibraryAndItsEntryPoints) {
     EXPECT_EQ(ModuleDll->ServiceFunction, nullptr);
     EXPECT_NE(ModuleDll->MeasFull, nullptr);
 
-    // A failed load afterwards leaves the table as the last good load made it.
+    // A failed load afterwards has freed the library: nothing may lead into it.
     EXPECT_FALSE(ModuleDll->Load("absent.dll", &lenUnit));
-    EXPECT_NE(ModuleDll->MeasFull, nullptr);
     EXPECT_EQ(ModuleDll->Handle(), nullptr);
+    EXPECT_FALSE(ModuleDll->IsLoaded());
+    EXPECT_EQ(ModuleDll->MeasFull, nullptr);
+    EXPECT_EQ(ModuleDll->GetSorSize, nullptr);
 }
 
 TEST_F(ModuleDllTest, WithoutALogTheLoaderStillLoadsAndTheModuleGetsNull) {
