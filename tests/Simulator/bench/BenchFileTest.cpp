@@ -110,7 +110,10 @@ TEST(ParseBench, BadLinesAreReportedWithTheirNumberAndTheRestStillApplies) {
 TEST(ParseBench, AnEmptyOrBinaryFileGivesTheDefaults) {
     const BenchSettings defaults;
     EXPECT_DOUBLE_EQ(ParseBench("").settings.input.dBm, defaults.input.dBm);
-    const BenchLoad garbage = ParseBench(std::string("\x7f\x45\x4c\x46\0\x01[\n=\n", 12));
+    const char binary[] =
+        "\x7f"
+        "ELF\0\x01[\n=\n";
+    const BenchLoad garbage = ParseBench(std::string(binary, sizeof binary - 1));
     EXPECT_DOUBLE_EQ(garbage.settings.input.dBm, defaults.input.dBm);
     EXPECT_FALSE(garbage.problems.empty());
 }
