@@ -36,6 +36,10 @@ public:
     // Writes only a changed value; a write that fails is fatal.
     template <AppConfigType T>
     void SetValue(const std::wstring& key, const T& value);
+    // A string literal is stored as a string.
+    void SetValue(const std::wstring& key, const wchar_t* value) {
+        SetValue(key, std::wstring(value ? value : L""));
+    }
 
     void AddObserver(IAppConfigObserver* observer);
     void RemoveObserver(IAppConfigObserver* observer);

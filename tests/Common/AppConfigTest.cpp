@@ -125,7 +125,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(AppConfigTest, OneWrittenReadsAsTrueAndAsOne) {
-    config.SetValue(L"Flag", std::wstring(L"1"));
+    config.SetValue(L"Flag", L"1");
     EXPECT_EQ(config.GetValue<bool>(L"Flag"), true);
     EXPECT_EQ(config.GetValue<int>(L"Flag"), 1);
 }
