@@ -187,13 +187,20 @@ bool CSubmenuDialog::OnF4Pressed() {
 }
 
 bool CSubmenuDialog::eventFilter(QObject* watched, QEvent* event) {
-    if (running && event->type() == QEvent::MouseButtonPress) {
-        auto* widget = qobject_cast<QWidget*>(watched);
-        if (widget != nullptr && widget->window() != this) {
+    auto* widget = qobject_cast<QWidget*>(watched);
+    if (!running || widget == nullptr || widget->window() == this)
+        return CKeyboardControlledDialog::eventFilter(watched, event);
+    switch (event->type()) {
+        case QEvent::MouseButtonPress:
             // A tap outside closes the column and goes no further.
             SetResult(IDCANCEL);
             return true;
-        }
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            // The column's loop owns the keys, whichever window has the focus.
+            PreTranslateMessage(event);
+            return true;
+        default:
+            return CKeyboardControlledDialog::eventFilter(watched, event);
     }
-    return CKeyboardControlledDialog::eventFilter(watched, event);
 }

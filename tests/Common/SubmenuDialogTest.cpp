@@ -107,6 +107,19 @@ TEST_F(SubmenuTest, EscapeOrTheOpeningKeyCloseWithoutAChoice) {
     }
 }
 
+TEST_F(SubmenuTest, KeysGoToTheColumnWhicheverWindowHasTheFocus) {
+    CSubmenuDialog column(screen.keys[0], VK_F1, &screen);
+    Fill(column, 3);
+    const int result = Run(column, [&] {
+        QTest::keyClick(&screen, Qt::Key_F2);
+        QTest::keyClick(&screen, Qt::Key_Down);
+        QTest::keyClick(&screen, Qt::Key_Return);
+    });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(column.GetSelectedId(), 1u);
+    EXPECT_TRUE(screen.handled.empty());
+}
+
 TEST_F(SubmenuTest, ADisabledKeyCannotBeChosen) {
     CSubmenuDialog column(screen.keys[0], VK_F1, &screen);
     Fill(column, 3);
