@@ -107,3 +107,13 @@ TEST_F(FocusGraphDeathTest, EveryNamedControlMustExist) {
     EXPECT_FATAL(screen.graph.Add(605, 0, 0, 0, 9999), "CheckControl( bottomCtrlId )",
                  "ControlsFocusGraph");
 }
+
+TEST_F(FocusGraphDeathTest, ANeighbourGoneSinceItWasAddedIsFatal) {
+    EXPECT_FATAL(
+        {
+            screen.GetDlgItem(601)->setFocus();
+            delete screen.GetDlgItem(602);
+            screen.graph.Move(2);
+        },
+        "targetWnd && targetWnd->GetSafeHwnd()", "ControlsFocusGraph");
+}
