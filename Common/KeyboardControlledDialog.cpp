@@ -16,7 +16,7 @@ CKeyboardControlledDialog::CKeyboardControlledDialog(UINT templateId, QWidget* p
 }
 
 CKeyboardControlledDialog::~CKeyboardControlledDialog() {
-    qApp->removeEventFilter(this);
+    if (qApp != nullptr) qApp->removeEventFilter(this);
 }
 
 bool CKeyboardControlledDialog::eventFilter(QObject* watched, QEvent* event) {
