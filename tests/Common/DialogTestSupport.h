@@ -9,12 +9,18 @@
 #include <QTimer>
 #include <QWidget>
 #include <functional>
+#include <ostream>
 #include <string>
 
 #include "Common/FontCreator.h"
 #include "Platform/Library.h"
 #include "Platform/ModulePath.h"
 #include "Platform/WideText.h"
+
+// Readable QStrings in failure messages.
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace dialogtest {
 
@@ -40,7 +46,7 @@ private:
     HMODULE previous = nullptr;
 };
 
-// Calls `inspect` with the first visible modal box of type T that is not
+// Calls `inspect` with the first visible box of type T that is not
 // `outer`, from inside whatever event loop runs then. Polls; the bound only
 // matters when the box never shows, and then every modal box is closed so
 // that the test fails instead of hanging.
@@ -50,7 +56,15 @@ void WhenModalShown(std::function<void(T*)> inspect, QWidget* outer = nullptr) {
     auto* clock = new QElapsedTimer;
     clock->start();
     QObject::connect(poll, &QTimer::timeout, [poll, clock, inspect, outer] {
-        auto* box = qobject_cast<T*>(QApplication::activeModalWidget());
+        T* box = qobject_cast<T*>(QApplication::activeModalWidget());
+        // Pop-ups with a loop of their own are not application modal: look
+        // through the windows for one.
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (box != nullptr) break;
+            auto* candidate = qobject_cast<T*>(window);
+            if (candidate != nullptr && candidate != outer && candidate->isVisible())
+                box = candidate;
+        }
         if (box != nullptr && box != outer && box->isVisible()) {
             poll->stop();
             poll->deleteLater();

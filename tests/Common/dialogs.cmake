@@ -14,6 +14,7 @@ opm_add_test(DialogsTest
     ValueDigitsTest.cpp
     VirtualKeyboardTest.cpp
     WordWrapTest.cpp
+    FileSystemBrowserTest.cpp
   LIBS Common Qt6::Test
   LABELS ui
   GUI_MAIN)
