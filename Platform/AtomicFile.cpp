@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <vector>
 
 namespace platform {
 namespace {
@@ -30,21 +29,17 @@ bool SyncDirectory(const std::string& directory)
 
 }  // namespace
 
-AtomicFileWriter::AtomicFileWriter(std::string targetPath) : target(std::move(targetPath))
+AtomicFileWriter::AtomicFileWriter(std::string targetPath)
+    : target(std::move(targetPath)), temporary(target + ".tmp")
 {
-    std::vector<char> name(target.begin(), target.end());
-    const std::string suffix = ".tmp-XXXXXX";
-    name.insert(name.end(), suffix.begin(), suffix.end());
-    name.push_back('\0');
-    const int fd = mkostemp(name.data(), O_CLOEXEC);
+    // One fixed name per target: a write cut short by a power loss leaves at
+    // most one stale temporary, which the next write of the target replaces.
+    const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd < 0) return;
-    fchmod(fd, 0644);
-    temporary = name.data();
     stream = fdopen(fd, "w");
     if (stream == nullptr) {
         close(fd);
         unlink(temporary.c_str());
-        temporary.clear();
     }
 }
 

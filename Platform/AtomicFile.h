@@ -1,6 +1,6 @@
 #pragma once
 // Whole-file rewrites that survive a power cut at any instant: the content
-// goes to a temporary file beside the target, is synced, renamed over the
+// goes to a temporary file beside the target ("<target>.tmp"), is synced, renamed over the
 // target, and the directory is synced. Readers see the old file or the new
 // one, never a torn or empty one.
 

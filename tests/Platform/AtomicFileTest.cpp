@@ -55,6 +55,15 @@ TEST_F(AtomicFileTest, UncommittedWriteKeepsTheOldFile)
     EXPECT_EQ(FilesInDir(), 1u);
 }
 
+TEST_F(AtomicFileTest, AStaleTemporaryFromACutWriteIsReplacedNotAccumulated)
+{
+    const fs::path target = dir / "registry.reg";
+    std::ofstream(dir / "registry.reg.tmp") << "torn";
+    ASSERT_TRUE(platform::WriteFileAtomically(target.string(), "whole"));
+    EXPECT_EQ(Read(target), "whole");
+    EXPECT_EQ(FilesInDir(), 1u);
+}
+
 TEST_F(AtomicFileTest, MissingDirectoryFailsWithoutCreatingAnything)
 {
     platform::AtomicFileWriter writer((dir / "no" / "such.txt").string());
