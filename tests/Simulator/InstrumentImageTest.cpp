@@ -119,4 +119,14 @@ TEST_F(InstrumentImage, AMissingBuildSaysWhatToBuild) {
     EXPECT_FALSE(fs::exists(image));
 }
 
+TEST_F(InstrumentImage, StartingAnImageWithoutTheProgramSaysSo) {
+    ASSERT_EQ(MakeImage(), 0);
+    fs::remove(image / "PowerMeter");
+    const std::string command = std::string(OPM_SOURCE_DIR "/scripts/run-simulated.sh ") +
+                                image.string() + " 2>" + (root / "errors").string();
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+    EXPECT_NE(ReadText(root / "errors").find("the application executable is not built yet"),
+              std::string::npos);
+}
+
 }  // namespace
