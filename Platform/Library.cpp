@@ -72,8 +72,9 @@ std::string ResolveLibraryPath(const std::wstring& fileName)
 {
     std::string path = ToUtf8(fileName);
     if (EndsWith(path, ".dll")) path.replace(path.size() - 4, 4, ".so");
-    // A bare name never goes through a search path: it lies beside the executable.
-    if (path.find('/') == std::string::npos) path = ApplicationDirectory() + path;
+    // Never a search path, never a current directory (the embedded OS has
+    // none): anything relative lies below the executable's directory.
+    if (path.empty() || path[0] != '/') path = ApplicationDirectory() + path;
     return path;
 }
 

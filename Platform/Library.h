@@ -1,7 +1,7 @@
 #pragma once
 // Run-time loading of libraries. A requested "name.dll" loads "name.so";
 // a language pack (".rcc") is registered as a Qt resource file instead.
-// Libraries are opened by explicit path only: a bare file name is taken
+// Libraries are opened by explicit path only: a relative name is taken
 // from the application directory, never from a search path.
 
 #include <QString>

@@ -14,6 +14,7 @@ TEST(LibraryTest, DllNamesResolveToSharedObjectsBesideTheExecutable)
     EXPECT_EQ(platform::ResolveLibraryPath(L"Module.DLL"), dir + "Module.so");
     EXPECT_EQ(platform::ResolveLibraryPath(L"/opt/x/lib.dll"), "/opt/x/lib.so");
     EXPECT_EQ(platform::ResolveLibraryPath(L"pack.rcc"), dir + "pack.rcc");
+    EXPECT_EQ(platform::ResolveLibraryPath(L"lang/german.rcc"), dir + "lang/german.rcc");
 }
 
 TEST(LibraryTest, LoadsResolvesAndFrees)
