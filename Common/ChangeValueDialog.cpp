@@ -55,6 +55,7 @@ void CChangeValueDialog::OnInitDialog() {
     edit = new CDigitEdit(frame.Client());
     edit->setGeometry(placeholder->geometry());
     edit->setObjectName(placeholder->objectName());
+    edit->show();
     delete placeholder;
     QFont big;
     FontCreator::CreateFont(big, 44, 700);

@@ -12,7 +12,8 @@ public:
     // True when a QApplication runs on a platform that has a screen to show it on.
     static bool CanShow();
     // Shows the modal box over the active window and returns when the user has
-    // closed it. Called from another thread it asks the UI thread to show it.
+    // closed it: titled "Unrecoverable error", with the error icon, the text
+    // below the title. Called from another thread it asks the UI thread to show it.
     static void Show(const std::wstring& text);
 
 private:

@@ -8,6 +8,7 @@
 #include <QTreeView>
 #include <memory>
 
+#include "Common/FileIcons.h"
 #include "Common/FontCreator.h"
 #include "Common/LanguageResources.h"
 #include "Common/MessageBoxEx.h"
@@ -32,9 +33,10 @@ QString Text(UINT id) {
 
 constexpr const char* kTreeStyle = R"(
 QTreeView { font-weight: bold; }
-QTreeView::item { min-height: 36px; }
+QTreeView::item { min-height: 36px; color: #000000; }
 QTreeView::item:selected { background: #0a2f6b; color: #ffffff; }
-QTreeView::item:focus { border: 3px solid #ffcc00; }
+QTreeView::item:focus { background: #ffcc00; color: #000000; }
+QTreeView::item:selected:focus { background: #0a2f6b; color: #ffcc00; }
 )";
 }  // namespace
 
@@ -75,6 +77,7 @@ bool CFileSystemBrowser::OnInitDialog() {
     model = new QFileSystemModel(this);
     model->setReadOnly(true);
     model->setFilter(QDir::AllDirs | QDir::Files | QDir::NoDotAndDotDot);
+    model->setIconProvider(&icons);
     tree->setModel(model);
     for (int column = 1; column < model->columnCount(); ++column) tree->hideColumn(column);
     tree->setHeaderHidden(true);
@@ -83,7 +86,8 @@ bool CFileSystemBrowser::OnInitDialog() {
     QFont treeFont;
     FontCreator::CreateCommonFont(treeFont, 16, 700);
     tree->setFont(treeFont);
-    tree->setIconSize(QSize(24, 24));
+    tree->setIconSize(QSize(CFileIcons::kSize, CFileIcons::kSize));
+    tree->setIndentation(28);
     connect(tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& current) { OnCurrentChanged(PathOf(current)); });
     // A folder is read in the background: a path asked for before it was

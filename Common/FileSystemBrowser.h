@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Common/BaseDialog.h"
+#include "Common/FileIcons.h"
 
 class QFileSystemModel;
 class QModelIndex;
@@ -99,6 +100,7 @@ private:
     QString titleText;
     QString pendingPath;
     QFont keyFont;
+    CFileIcons icons;
     QFileSystemModel* model = nullptr;
     QTreeView* tree = nullptr;
     CMenuKey* storageKey = nullptr;

@@ -1,6 +1,7 @@
 #include "Common/ProcessingDialog.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QPainter>
 #include <QPixmap>
@@ -13,6 +14,7 @@
 
 namespace {
 constexpr int kStepMs = 100;
+constexpr int kTextSlack = 12;
 }  // namespace
 
 CProcessingDialog::CProcessingDialog(QWidget* parent, const std::wstring& text)
@@ -33,6 +35,13 @@ void CProcessingDialog::Create() {
     FontCreator::CreateCommonFont(font, 20, 700);
     textCtrl->setFont(font);
     if (!text.empty()) textCtrl->setText(QString::fromStdWString(text));
+    // A longer text (or a language with longer words) widens the box.
+    const int needed = QFontMetrics(font).horizontalAdvance(textCtrl->text()) + kTextSlack;
+    if (needed > textCtrl->width()) {
+        const int growth = needed - textCtrl->width();
+        textCtrl->resize(needed, textCtrl->height());
+        frame.Client()->resize(frame.Client()->width() + growth, frame.Client()->height());
+    }
 
     frame.ResizeClient(frame.Client()->size());
     setGeometry(CPopupFrame::PlaceOver(size(), parentWidget()));

@@ -18,6 +18,7 @@ namespace {
 // The keyboard focus stays in the text so that a PC keyboard types there;
 // the marked key shows the focus mark instead.
 constexpr const char* kMarkStyle = R"(
+QPushButton { padding: 0px 2px; }
 QPushButton[latched="true"] { background: #0a2f6b; color: #ffffff; }
 QLineEdit { border: 3px solid #000000; padding: 0 8px; }
 )";
@@ -128,7 +129,9 @@ void CVirtualKeyboard::SetShifted(bool on) {
     shifted = on;
     for (QPushButton* key : characterKeys)
         key->setText(on ? key->text().toUpper() : key->text().toLower());
-    if (QWidget* shift = GetDlgItem(frame.Client(), IDC_SHIFT)) {
+    if (auto* shift = qobject_cast<QPushButton*>(GetDlgItem(frame.Client(), IDC_SHIFT))) {
+        // The key names the case it switches to.
+        shift->setText(on ? QStringLiteral("abc") : QStringLiteral("ABC"));
         shift->setProperty("latched", on);
         shift->style()->unpolish(shift);
         shift->style()->polish(shift);

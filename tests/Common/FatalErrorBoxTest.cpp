@@ -15,8 +15,9 @@ TEST(FatalErrorBoxTest, ShowsTheTextTitledUnrecoverableErrorWithTheErrorIcon) {
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     dialogtest::WhenModalShown<QMessageBox>([&](QMessageBox* box) {
         title = box->windowTitle();
-        text = box->text();
+        text = box->informativeText();
         icon = box->icon();
+        EXPECT_EQ(box->text(), QStringLiteral("Unrecoverable error"));
         box->accept();
     });
     CFatalErrorBox::Show(L"hKey\nFile: AppConfig\nLine: 32\nApplication will be closed");
@@ -29,7 +30,7 @@ TEST(FatalErrorBoxTest, AWorkerThreadsBoxIsShownByTheUiThread) {
     QString text;
     bool onUiThread = false;
     dialogtest::WhenModalShown<QMessageBox>([&](QMessageBox* box) {
-        text = box->text();
+        text = box->informativeText();
         onUiThread = QThread::currentThread() == qApp->thread();
         box->accept();
     });
