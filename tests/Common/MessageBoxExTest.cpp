@@ -77,6 +77,16 @@ TEST_F(MessageBoxExTest, CountsThreeTwoOneAndEndsWithOk) {
     EXPECT_EQ(box.killed, std::vector<UINT>{777});
 }
 
+// The window timer itself: one real second, then the box ends on its own.
+TEST_F(MessageBoxExTest, TheWindowTimerEndsTheCountdown) {
+    CMessageBoxEx box(L"Saved", L"!", 1, nullptr);
+    // Only matters when the timer never fires: the box then ends as cancelled.
+    QTimer::singleShot(20000, &box, [&] { box.reject(); });
+    EXPECT_EQ(box.DoModal(), IDOK);
+    EXPECT_EQ(box.OkLabel(), QStringLiteral("OK"));
+    EXPECT_EQ(box.SecondsLeft(), 0u);
+}
+
 TEST_F(MessageBoxExTest, OtherTimersLeaveTheCountAlone) {
     SteppedMessageBox box(L"Saved", L"!", 2, nullptr);
     box.show();

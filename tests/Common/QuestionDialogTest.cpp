@@ -30,7 +30,7 @@ TEST_P(QuestionDialogTest, KeysGiveTheAnswer) {
     CQuestionDialog box(kQuestion, nullptr);
     QTimer::singleShot(0, &box, [&] {
         for (Qt::Key key : GetParam().keys)
-            QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : &box, key);
+            QTest::keyClick(box.focusWidget() ? box.focusWidget() : &box, key);
     });
     EXPECT_EQ(box.DoModal(), GetParam().answer);
 }
