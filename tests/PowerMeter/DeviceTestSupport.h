@@ -6,12 +6,39 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "Platform/FatalError.h"
 
 namespace devicetest {
+
+// Directories still alive when the process ends: a death test's child ends
+// through exit(), which skips the destructors of the test's own objects.
+class LiveTempDirs {
+public:
+    static LiveTempDirs& Get() {
+        static LiveTempDirs dirs;
+        return dirs;
+    }
+    ~LiveTempDirs() {
+        for (const std::string& path : paths) Remove(path);
+    }
+    void Add(const std::string& path) { paths.insert(path); }
+    void Release(const std::string& path) {
+        paths.erase(path);
+        Remove(path);
+    }
+
+private:
+    static void Remove(const std::string& path) {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    std::set<std::string> paths;
+};
 
 // A directory of its own for one test, removed with everything in it.
 class TempDir {
@@ -21,11 +48,9 @@ public:
             (std::filesystem::temp_directory_path() / "opm-device-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
         path = pattern + "/";
+        LiveTempDirs::Get().Add(path);
     }
-    ~TempDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
-    }
+    ~TempDir() { LiveTempDirs::Get().Release(path); }
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
 
