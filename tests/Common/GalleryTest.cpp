@@ -32,6 +32,8 @@
 #include "Common/SubmenuDialog.h"
 #include "Common/VirtualKeyboard.h"
 #include "Common/VirtualKeys.h"
+#include "Platform/LocalTime.h"
+#include "Platform/PowerStatus.h"
 #include "support/Screenshot.h"
 
 namespace {
@@ -126,6 +128,19 @@ class GalleryTest : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override {
         ASSERT_TRUE(pack.Loaded());
+        // Pictures that differ only where something changed: a fixed clock, and
+        // mains power until a test gives the instrument a battery.
+        ASSERT_TRUE(powerSupplies.isValid());
+        platform::SetPowerSupplyRoot(powerSupplies.path().toStdString());
+        platform::OverrideLocalTime([] {
+            SYSTEMTIME time{};
+            time.wYear = 2026;
+            time.wMonth = 11;
+            time.wDay = 22;
+            time.wHour = 9;
+            time.wMinute = 5;
+            return time;
+        });
         ASSERT_TRUE(screen.Create());
         screen.move(CPopupFrame::ScreenRect().topLeft());
         screen.show();
@@ -146,6 +161,24 @@ protected:
         pictured << what;
     }
 
+    void TearDown() override {
+        platform::SetPowerSupplyRoot("");
+        platform::OverrideLocalTime({});
+    }
+
+    void SetBattery(int capacity, const char* status) {
+        QDir battery(powerSupplies.filePath(QStringLiteral("BAT0")));
+        ASSERT_TRUE(battery.mkpath(QStringLiteral(".")));
+        const std::pair<const char*, QByteArray> files[] = {
+            {"type", "Battery"}, {"capacity", QByteArray::number(capacity)}, {"status", status}};
+        for (const auto& [name, value] : files) {
+            QFile file(battery.filePath(QLatin1String(name)));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(value);
+        }
+    }
+
+    QTemporaryDir powerSupplies;
     dialogtest::LanguagePack pack{GetParam()};
     SampleScreen screen;
     QStringList pictured;
@@ -157,6 +190,29 @@ TEST_P(GalleryTest, ScreenWithSoftKeysAndBatteryBar) {
     const QString written = screenshot::Save(Name("screen"), &screen);
     if (screenshot::Enabled()) {
         EXPECT_TRUE(QFile::exists(written));
+    }
+}
+
+TEST_P(GalleryTest, BatteryBarStates) {
+    const struct {
+        const char* name;
+        int capacity;
+        const char* status;
+        bool charging;
+    } states[] = {{"battery-full", 96, "Discharging", false},
+                  {"battery-charging", 40, "Charging", true},
+                  {"battery-low", 8, "Discharging", false}};
+    CBattaryBar& bar = screen.GetBatteryBar();
+    for (const auto& state : states) {
+        SetBattery(state.capacity, state.status);
+        bar.Refresh();
+        EXPECT_EQ(bar.Level(), state.capacity) << state.name;
+        EXPECT_EQ(bar.IsCharging(), state.charging) << state.name;
+        EXPECT_EQ(bar.ClockText(), QStringLiteral("09:05"));
+        const QString written = screenshot::Save(Name(state.name), &bar);
+        if (screenshot::Enabled()) {
+            EXPECT_TRUE(QFile::exists(written)) << state.name;
+        }
     }
 }
 
