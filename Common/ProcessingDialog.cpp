@@ -25,6 +25,16 @@ CProcessingDialog::~CProcessingDialog() {
 }
 
 void CProcessingDialog::Create() {
+    if (textCtrl == nullptr) Build();
+    animation->start(kStepMs);
+    show();
+    raise();
+    // The caller's operation blocks the event loop next: paint now, not later.
+    repaint();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void CProcessingDialog::Build() {
     const bool templateLoaded = LoadDialogTemplate(IDD, frame.Client());
     OPM_ASSERT(templateLoaded && "Processing template missing from the language pack");
     textCtrl = qobject_cast<QLabel*>(GetDlgItem(frame.Client(), IDC_TEXT));
@@ -50,13 +60,6 @@ void CProcessingDialog::Create() {
 
     animation = new QTimer(this);
     connect(animation, &QTimer::timeout, this, &CProcessingDialog::Advance);
-    animation->start(kStepMs);
-
-    show();
-    raise();
-    // The caller's operation blocks the event loop next: paint now, not later.
-    repaint();
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 void CProcessingDialog::Close() {

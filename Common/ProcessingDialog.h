@@ -33,6 +33,7 @@ public:
     int Phase() const { return phase; }
 
 private:
+    void Build();
     void Advance();
     void DrawIndicator();
 

@@ -31,6 +31,11 @@ TEST(ProcessingDialogTest, ShowsAtOnceOverItsParentWithoutBlockingAndCloses) {
 
     busy.Close();
     EXPECT_FALSE(busy.isVisible());
+    // Built once: a second Create shows the same box again.
+    busy.Create();
+    EXPECT_TRUE(busy.isVisible());
+    EXPECT_EQ(busy.findChildren<QLabel*>().size(), 2);
+    busy.Close();
 }
 
 TEST(ProcessingDialogTest, TakesTheCallersText) {
