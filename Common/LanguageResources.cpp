@@ -1,9 +1,9 @@
 #include "Common/LanguageResources.h"
 
+#include <QBoxLayout>
 #include <QBuffer>
 #include <QFile>
 #include <QHash>
-#include <QBoxLayout>
 #include <QResource>
 #include <QUiLoader>
 #include <QWidget>

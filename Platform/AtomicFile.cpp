@@ -9,8 +9,7 @@
 namespace platform {
 namespace {
 
-std::string DirectoryOf(const std::string& path)
-{
+std::string DirectoryOf(const std::string& path) {
     const size_t slash = path.find_last_of('/');
     if (slash == std::string::npos) return ".";
     if (slash == 0) return "/";
@@ -18,8 +17,7 @@ std::string DirectoryOf(const std::string& path)
 }
 
 // The rename is only durable once the directory entry itself is on disk.
-bool SyncDirectory(const std::string& directory)
-{
+bool SyncDirectory(const std::string& directory) {
     const int fd = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return false;
     const bool synced = fsync(fd) == 0 || errno == EINVAL;
@@ -30,8 +28,7 @@ bool SyncDirectory(const std::string& directory)
 }  // namespace
 
 AtomicFileWriter::AtomicFileWriter(std::string targetPath)
-    : target(std::move(targetPath)), temporary(target + ".tmp")
-{
+    : target(std::move(targetPath)), temporary(target + ".tmp") {
     // One fixed name per target: a write cut short by a power loss leaves at
     // most one stale temporary, which the next write of the target replaces.
     const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
@@ -43,16 +40,14 @@ AtomicFileWriter::AtomicFileWriter(std::string targetPath)
     }
 }
 
-AtomicFileWriter::~AtomicFileWriter()
-{
+AtomicFileWriter::~AtomicFileWriter() {
     if (stream != nullptr) {
         std::fclose(stream);
         unlink(temporary.c_str());
     }
 }
 
-bool AtomicFileWriter::Commit()
-{
+bool AtomicFileWriter::Commit() {
     if (stream == nullptr) return false;
     bool written = std::fflush(stream) == 0 && std::ferror(stream) == 0;
     written = written && fsync(fileno(stream)) == 0;
@@ -65,8 +60,7 @@ bool AtomicFileWriter::Commit()
     return SyncDirectory(DirectoryOf(target));
 }
 
-bool WriteFileAtomically(const std::string& path, std::string_view content)
-{
+bool WriteFileAtomically(const std::string& path, std::string_view content) {
     AtomicFileWriter writer(path);
     if (writer.Stream() == nullptr) return false;
     if (std::fwrite(content.data(), 1, content.size(), writer.Stream()) != content.size())

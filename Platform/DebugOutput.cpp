@@ -7,22 +7,19 @@
 
 #include "Platform/WideText.h"
 
-void OutputDebugStringW(LPCWSTR text)
-{
+void OutputDebugStringW(LPCWSTR text) {
     if (text == nullptr) return;
     const std::string narrow = platform::ToUtf8(text);
     std::fwrite(narrow.data(), 1, narrow.size(), stderr);
     std::fflush(stderr);
 }
 
-void DebugBreak()
-{
+void DebugBreak() {
     if (platform::IsDebuggerAttached()) std::raise(SIGTRAP);
 }
 
 namespace platform {
-bool IsDebuggerAttached()
-{
+bool IsDebuggerAttached() {
     std::ifstream status("/proc/self/status");
     std::string line;
     while (std::getline(status, line)) {

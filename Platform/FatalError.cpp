@@ -14,8 +14,7 @@ platform::FatalErrorBox errorBox;
 std::atomic<bool> failing{false};
 
 // The name a technician knows the source by: no directory, no extension.
-std::string_view SourceName(std::string_view file)
-{
+std::string_view SourceName(std::string_view file) {
     const size_t slash = file.find_last_of("/\\");
     if (slash != std::string_view::npos) file.remove_prefix(slash + 1);
     const size_t dot = file.find_last_of('.');
@@ -24,8 +23,7 @@ std::string_view SourceName(std::string_view file)
 }
 }  // namespace
 
-std::string FatalAssertionText(const char* expression, const char* file, int line)
-{
+std::string FatalAssertionText(const char* expression, const char* file, int line) {
     std::string text = expression ? expression : "";
     text += "\nFile: ";
     text += SourceName(file ? file : "");
@@ -35,8 +33,7 @@ std::string FatalAssertionText(const char* expression, const char* file, int lin
     return text;
 }
 
-void FatalAssertion(const char* expression, const char* file, int line)
-{
+void FatalAssertion(const char* expression, const char* file, int line) {
     // A check that fails while the box of an earlier one is up must not stack boxes.
     if (failing.exchange(true)) std::exit(1);
 
@@ -54,8 +51,7 @@ void FatalAssertion(const char* expression, const char* file, int line)
 }
 
 namespace platform {
-void SetFatalErrorBox(FatalErrorBox box)
-{
+void SetFatalErrorBox(FatalErrorBox box) {
     std::lock_guard lock(boxMutex);
     errorBox = std::move(box);
 }

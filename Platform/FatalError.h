@@ -21,7 +21,6 @@ void SetFatalErrorBox(FatalErrorBox box);
 // OPM_ASSERT checks at this source location. OPM_ASSERT_AT reports a fixed,
 // documented location (file name without extension, line) so that the text a
 // technician reads stays the same however the source is rearranged.
-#define OPM_ASSERT(expr) \
-    ((expr) ? static_cast<void>(0) : FatalAssertion(#expr, __FILE__, __LINE__))
+#define OPM_ASSERT(expr) ((expr) ? static_cast<void>(0) : FatalAssertion(#expr, __FILE__, __LINE__))
 #define OPM_ASSERT_AT(expr, file, line) \
     ((expr) ? static_cast<void>(0) : FatalAssertion(#expr, file, line))

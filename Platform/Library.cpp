@@ -22,8 +22,7 @@ namespace {
 std::atomic<HMODULE> resourceHandle{nullptr};
 std::atomic<int> nextPackNumber{1};
 
-bool EndsWith(const std::string& text, const std::string& suffix)
-{
+bool EndsWith(const std::string& text, const std::string& suffix) {
     if (text.size() < suffix.size()) return false;
     for (size_t i = 0; i < suffix.size(); ++i) {
         const char c = text[text.size() - suffix.size() + i];
@@ -32,13 +31,11 @@ bool EndsWith(const std::string& text, const std::string& suffix)
     return true;
 }
 
-void Report(const std::string& what)
-{
+void Report(const std::string& what) {
     OutputDebugStringW(platform::FromUtf8(what + "\n").c_str());
 }
 
-HMODULE LoadLanguagePack(const std::string& path)
-{
+HMODULE LoadLanguagePack(const std::string& path) {
     auto* module = new LoadedModule;
     module->packFile = QString::fromStdString(path);
     module->root = QStringLiteral("/res%1").arg(nextPackNumber++);
@@ -51,8 +48,7 @@ HMODULE LoadLanguagePack(const std::string& path)
     return module;
 }
 
-HMODULE LoadSharedObject(const std::string& path)
-{
+HMODULE LoadSharedObject(const std::string& path) {
     void* shared = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (shared == nullptr) {
         const char* error = dlerror();
@@ -68,8 +64,7 @@ HMODULE LoadSharedObject(const std::string& path)
 
 namespace platform {
 
-std::string ResolveLibraryPath(const std::wstring& fileName)
-{
+std::string ResolveLibraryPath(const std::wstring& fileName) {
     std::string path = ToUtf8(fileName);
     if (EndsWith(path, ".dll")) path.replace(path.size() - 4, 4, ".so");
     // Never a search path, never a current directory (the embedded OS has
@@ -78,16 +73,14 @@ std::string ResolveLibraryPath(const std::wstring& fileName)
     return path;
 }
 
-QString ResourceRoot(HMODULE module)
-{
+QString ResourceRoot(HMODULE module) {
     if (module == nullptr || module->root.isEmpty()) return {};
     return QStringLiteral(":") + module->root;
 }
 
 }  // namespace platform
 
-HMODULE LoadLibraryW(LPCWSTR fileName)
-{
+HMODULE LoadLibraryW(LPCWSTR fileName) {
     if (fileName == nullptr || *fileName == L'\0') {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return nullptr;
@@ -96,8 +89,7 @@ HMODULE LoadLibraryW(LPCWSTR fileName)
     return EndsWith(path, ".rcc") ? LoadLanguagePack(path) : LoadSharedObject(path);
 }
 
-FARPROC GetProcAddressW(HMODULE module, LPCWSTR procName)
-{
+FARPROC GetProcAddressW(HMODULE module, LPCWSTR procName) {
     if (module == nullptr || module->shared == nullptr || procName == nullptr) {
         SetLastError(ERROR_PROC_NOT_FOUND);
         return nullptr;
@@ -107,8 +99,7 @@ FARPROC GetProcAddressW(HMODULE module, LPCWSTR procName)
     return reinterpret_cast<FARPROC>(symbol);
 }
 
-BOOL FreeLibrary(HMODULE module)
-{
+BOOL FreeLibrary(HMODULE module) {
     if (module == nullptr) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
@@ -123,6 +114,10 @@ BOOL FreeLibrary(HMODULE module)
     return released ? TRUE : FALSE;
 }
 
-void AfxSetResourceHandle(HMODULE module) { resourceHandle = module; }
+void AfxSetResourceHandle(HMODULE module) {
+    resourceHandle = module;
+}
 
-HMODULE AfxGetResourceHandle() { return resourceHandle; }
+HMODULE AfxGetResourceHandle() {
+    return resourceHandle;
+}

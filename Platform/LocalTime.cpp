@@ -7,8 +7,7 @@ namespace {
 std::mutex clockMutex;
 std::function<SYSTEMTIME()> overriddenClock;
 
-SYSTEMTIME SystemLocalTime()
-{
+SYSTEMTIME SystemLocalTime() {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     tm parts{};
@@ -26,8 +25,7 @@ SYSTEMTIME SystemLocalTime()
 }
 }  // namespace
 
-void GetLocalTime(SYSTEMTIME* time)
-{
+void GetLocalTime(SYSTEMTIME* time) {
     if (time == nullptr) return;
     std::function<SYSTEMTIME()> clock;
     {
@@ -38,8 +36,7 @@ void GetLocalTime(SYSTEMTIME* time)
 }
 
 namespace platform {
-void OverrideLocalTime(std::function<SYSTEMTIME()> clock)
-{
+void OverrideLocalTime(std::function<SYSTEMTIME()> clock) {
     std::lock_guard lock(clockMutex);
     overriddenClock = std::move(clock);
 }

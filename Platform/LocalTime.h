@@ -21,4 +21,4 @@ void GetLocalTime(SYSTEMTIME* time);
 namespace platform {
 // Test seam: a clock that replaces the system's; an empty function restores it.
 void OverrideLocalTime(std::function<SYSTEMTIME()> clock);
-}
+}  // namespace platform

@@ -13,8 +13,7 @@ namespace {
 std::mutex overrideMutex;
 std::wstring overriddenPath;
 
-std::wstring ExecutablePath()
-{
+std::wstring ExecutablePath() {
     {
         std::lock_guard lock(overrideMutex);
         if (!overriddenPath.empty()) return overriddenPath;
@@ -26,8 +25,7 @@ std::wstring ExecutablePath()
 }
 }  // namespace
 
-DWORD GetModuleFileNameW(void* /*module*/, LPWSTR buffer, DWORD size)
-{
+DWORD GetModuleFileNameW(void* /*module*/, LPWSTR buffer, DWORD size) {
     if (buffer == nullptr || size == 0) {
         SetLastError(ERROR_INSUFFICIENT_BUFFER);
         return 0;
@@ -47,15 +45,13 @@ DWORD GetModuleFileNameW(void* /*module*/, LPWSTR buffer, DWORD size)
 }
 
 namespace platform {
-std::string ApplicationDirectory()
-{
+std::string ApplicationDirectory() {
     const std::string path = ToUtf8(ExecutablePath());
     const size_t slash = path.find_last_of('/');
     return slash == std::string::npos ? std::string("./") : path.substr(0, slash + 1);
 }
 
-void OverrideModuleFileName(const std::wstring& path)
-{
+void OverrideModuleFileName(const std::wstring& path) {
     std::lock_guard lock(overrideMutex);
     overriddenPath = path;
 }

@@ -15,4 +15,4 @@ namespace platform {
 std::string ApplicationDirectory();
 // Test seam: when non-empty, reported instead of /proc/self/exe.
 void OverrideModuleFileName(const std::wstring& path);
-}
+}  // namespace platform

@@ -30,21 +30,18 @@ struct State {
     platform::RegistryFaults faults;
 };
 
-State& Registry()
-{
+State& Registry() {
     static State state;
     return state;
 }
 
-void ReportRejectedLine(const std::string& path, int number, const std::string& line)
-{
-    const std::string text = "registry: " + path + ":" + std::to_string(number) +
-                             ": line ignored: " + line + "\n";
+void ReportRejectedLine(const std::string& path, int number, const std::string& line) {
+    const std::string text =
+        "registry: " + path + ":" + std::to_string(number) + ": line ignored: " + line + "\n";
     OutputDebugStringW(platform::FromUtf8(text).c_str());
 }
 
-void Replace(State& state, const std::string& text, const std::string& path)
-{
+void Replace(State& state, const std::string& text, const std::string& path) {
     state.hive = platform::RegistryHive::Parse(
         text, [&](int number, const std::string& line) { ReportRejectedLine(path, number, line); });
     state.path = path;
@@ -52,17 +49,17 @@ void Replace(State& state, const std::string& text, const std::string& path)
 }
 
 // The registry is read from its file on first use, as the OS does at boot.
-State& LoadedRegistry()
-{
+State& LoadedRegistry() {
     State& state = Registry();
     if (!state.loaded) platform::LoadHive(platform::DefaultHivePath());
     return state;
 }
 
-bool IsValidKey(HKEY key) { return key == HKEY_LOCAL_MACHINE || key != nullptr; }
+bool IsValidKey(HKEY key) {
+    return key == HKEY_LOCAL_MACHINE || key != nullptr;
+}
 
-bool Consume(bool& fault)
-{
+bool Consume(bool& fault) {
     const bool armed = fault;
     fault = false;
     return armed;
@@ -72,8 +69,7 @@ bool Consume(bool& fault)
 
 const HKEY HKEY_LOCAL_MACHINE = &localMachine;
 
-LONG RegOpenKeyExW(HKEY root, LPCWSTR subKey, DWORD /*options*/, REGSAM /*access*/, PHKEY result)
-{
+LONG RegOpenKeyExW(HKEY root, LPCWSTR subKey, DWORD /*options*/, REGSAM /*access*/, PHKEY result) {
     if (result == nullptr || root != HKEY_LOCAL_MACHINE) return ERROR_INVALID_PARAMETER;
     State& state = LoadedRegistry();
     std::lock_guard lock(state.mutex);
@@ -89,8 +85,7 @@ LONG RegOpenKeyExW(HKEY root, LPCWSTR subKey, DWORD /*options*/, REGSAM /*access
 }
 
 LONG RegQueryValueExW(HKEY key, LPCWSTR valueName, LPDWORD /*reserved*/, LPDWORD type, LPBYTE data,
-                      LPDWORD dataSize)
-{
+                      LPDWORD dataSize) {
     if (!IsValidKey(key)) return ERROR_INVALID_HANDLE;
     State& state = LoadedRegistry();
     std::lock_guard lock(state.mutex);
@@ -126,8 +121,7 @@ LONG RegQueryValueExW(HKEY key, LPCWSTR valueName, LPDWORD /*reserved*/, LPDWORD
 }
 
 LONG RegSetValueExW(HKEY key, LPCWSTR valueName, DWORD /*reserved*/, DWORD type, const BYTE* data,
-                    DWORD dataSize)
-{
+                    DWORD dataSize) {
     if (!IsValidKey(key)) return ERROR_INVALID_HANDLE;
     if (type != REG_SZ && type != REG_DWORD) return ERROR_NOT_SUPPORTED;
     if (data == nullptr && dataSize != 0) return ERROR_INVALID_PARAMETER;
@@ -157,8 +151,7 @@ LONG RegSetValueExW(HKEY key, LPCWSTR valueName, DWORD /*reserved*/, DWORD type,
     return ERROR_SUCCESS;
 }
 
-LONG RegFlushKey(HKEY key)
-{
+LONG RegFlushKey(HKEY key) {
     if (!IsValidKey(key)) return ERROR_INVALID_HANDLE;
     State& state = LoadedRegistry();
     std::lock_guard lock(state.mutex);
@@ -169,8 +162,7 @@ LONG RegFlushKey(HKEY key)
                                                                              : ERROR_GEN_FAILURE;
 }
 
-LONG RegCloseKey(HKEY key)
-{
+LONG RegCloseKey(HKEY key) {
     State& state = Registry();
     {
         std::lock_guard lock(state.mutex);
@@ -186,15 +178,13 @@ LONG RegCloseKey(HKEY key)
 
 namespace platform {
 
-std::string DefaultHivePath()
-{
+std::string DefaultHivePath() {
     if (const char* path = std::getenv("TAVIX_REGISTRY"); path != nullptr && *path != '\0')
         return path;
     return ApplicationDirectory() + "registry.reg";
 }
 
-bool LoadHive(const std::string& path)
-{
+bool LoadHive(const std::string& path) {
     State& state = Registry();
     std::lock_guard lock(state.mutex);
     std::error_code error;
@@ -213,41 +203,38 @@ bool LoadHive(const std::string& path)
     return true;
 }
 
-void LoadHiveFromText(const std::string& text, const std::string& path)
-{
+void LoadHiveFromText(const std::string& text, const std::string& path) {
     State& state = Registry();
     std::lock_guard lock(state.mutex);
     Replace(state, text, path);
 }
 
-std::string HiveAsText()
-{
+std::string HiveAsText() {
     State& state = LoadedRegistry();
     std::lock_guard lock(state.mutex);
     return state.hive.Serialize();
 }
 
-std::string HivePath()
-{
+std::string HivePath() {
     State& state = LoadedRegistry();
     std::lock_guard lock(state.mutex);
     return state.path;
 }
 
-void CreateRegistryKey(const std::wstring& fullPath)
-{
+void CreateRegistryKey(const std::wstring& fullPath) {
     State& state = LoadedRegistry();
     std::lock_guard lock(state.mutex);
     state.hive.AddKey(fullPath);
 }
 
-void DeleteRegistryKey(const std::wstring& fullPath)
-{
+void DeleteRegistryKey(const std::wstring& fullPath) {
     State& state = LoadedRegistry();
     std::lock_guard lock(state.mutex);
     state.hive.DeleteKey(fullPath);
 }
 
-RegistryFaults& InjectRegistryFaults() { return Registry().faults; }
+RegistryFaults& InjectRegistryFaults() {
+    return Registry().faults;
+}
 
 }  // namespace platform

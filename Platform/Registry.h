@@ -53,11 +53,11 @@ void DeleteRegistryKey(const std::wstring& fullPath);
 
 // Fault injection for tests: each arms one failure of the next such call.
 struct RegistryFaults {
-    bool failNextClose = false;        // RegCloseKey returns ERROR_INVALID_HANDLE
+    bool failNextClose = false;         // RegCloseKey returns ERROR_INVALID_HANDLE
     bool nullHandleOnNextOpen = false;  // RegOpenKeyExW succeeds with a null handle
-    bool shortNextRead = false;        // next data read delivers one WCHAR less
-    bool failNextSet = false;          // RegSetValueExW returns ERROR_ACCESS_DENIED
-    bool failNextFlush = false;        // RegFlushKey returns ERROR_GEN_FAILURE
+    bool shortNextRead = false;         // next data read delivers one WCHAR less
+    bool failNextSet = false;           // RegSetValueExW returns ERROR_ACCESS_DENIED
+    bool failNextFlush = false;         // RegFlushKey returns ERROR_GEN_FAILURE
 };
 RegistryFaults& InjectRegistryFaults();
 

@@ -11,16 +11,14 @@ namespace {
 
 constexpr const char* kHeader = "Windows Registry Editor Version 5.00";
 
-bool StartsWithKey(const std::wstring& path, const std::wstring& prefix)
-{
+bool StartsWithKey(const std::wstring& path, const std::wstring& prefix) {
     if (path.size() <= prefix.size() || path[prefix.size()] != L'\\') return false;
     return SameRegistryName(path.substr(0, prefix.size()), prefix);
 }
 
 // Reads a quoted string starting at `pos` (on the opening quote); returns the
 // position after the closing quote, or npos when it is malformed.
-size_t ReadQuoted(const std::string& line, size_t pos, std::string& out)
-{
+size_t ReadQuoted(const std::string& line, size_t pos, std::string& out) {
     if (pos >= line.size() || line[pos] != '"') return std::string::npos;
     out.clear();
     for (size_t i = pos + 1; i < line.size(); ++i) {
@@ -29,9 +27,12 @@ size_t ReadQuoted(const std::string& line, size_t pos, std::string& out)
         if (c == '\\') {
             if (++i >= line.size()) return std::string::npos;
             const char escaped = line[i];
-            if (escaped == 'n') out += '\n';
-            else if (escaped == '\\' || escaped == '"') out += escaped;
-            else return std::string::npos;
+            if (escaped == 'n')
+                out += '\n';
+            else if (escaped == '\\' || escaped == '"')
+                out += escaped;
+            else
+                return std::string::npos;
         } else {
             out += c;
         }
@@ -39,8 +40,7 @@ size_t ReadQuoted(const std::string& line, size_t pos, std::string& out)
     return std::string::npos;
 }
 
-std::string Quote(const std::wstring& text)
-{
+std::string Quote(const std::wstring& text) {
     std::string out = "\"";
     for (char c : ToUtf8(text)) {
         if (c == '"' || c == '\\') out += '\\';
@@ -53,8 +53,7 @@ std::string Quote(const std::wstring& text)
     return out + "\"";
 }
 
-bool ParseDword(const std::string& digits, DWORD& number)
-{
+bool ParseDword(const std::string& digits, DWORD& number) {
     if (digits.empty() || digits.size() > 8) return false;
     number = 0;
     for (char c : digits) {
@@ -70,16 +69,15 @@ bool ParseDword(const std::string& digits, DWORD& number)
 
 }  // namespace
 
-bool SameRegistryName(const std::wstring& a, const std::wstring& b)
-{
+bool SameRegistryName(const std::wstring& a, const std::wstring& b) {
     return a.size() == b.size() &&
            std::equal(a.begin(), a.end(), b.begin(), [](wchar_t x, wchar_t y) {
-               return std::towlower(static_cast<wint_t>(x)) == std::towlower(static_cast<wint_t>(y));
+               return std::towlower(static_cast<wint_t>(x)) ==
+                      std::towlower(static_cast<wint_t>(y));
            });
 }
 
-bool RegistryHive::ParseLine(const std::string& line, RegistryKeyData*& current)
-{
+bool RegistryHive::ParseLine(const std::string& line, RegistryKeyData*& current) {
     if (line.empty() || line[0] == ';' || line == kHeader) return true;
     if (line[0] == '[') {
         if (line.size() < 3 || line.back() != ']' || line[1] == '-') return false;
@@ -109,13 +107,14 @@ bool RegistryHive::ParseLine(const std::string& line, RegistryKeyData*& current)
         if (after != line.size()) return false;
         value.text = FromUtf8(text);
     }
-    if (RegistryValue* existing = FindValue(*current, value.name)) *existing = value;
-    else current->values.push_back(value);
+    if (RegistryValue* existing = FindValue(*current, value.name))
+        *existing = value;
+    else
+        current->values.push_back(value);
     return true;
 }
 
-std::string RegistryHive::Serialize() const
-{
+std::string RegistryHive::Serialize() const {
     std::string out = std::string(kHeader) + "\n";
     for (const RegistryKeyData& key : keys) {
         out += "\n[" + ToUtf8(key.path) + "]\n";
@@ -133,36 +132,31 @@ std::string RegistryHive::Serialize() const
     return out;
 }
 
-RegistryKeyData* RegistryHive::FindKey(const std::wstring& path)
-{
+RegistryKeyData* RegistryHive::FindKey(const std::wstring& path) {
     for (RegistryKeyData& key : keys)
         if (SameRegistryName(key.path, path)) return &key;
     return nullptr;
 }
 
-bool RegistryHive::KeyExists(const std::wstring& path) const
-{
+bool RegistryHive::KeyExists(const std::wstring& path) const {
     return std::any_of(keys.begin(), keys.end(), [&](const RegistryKeyData& key) {
         return SameRegistryName(key.path, path) || StartsWithKey(key.path, path);
     });
 }
 
-RegistryKeyData& RegistryHive::AddKey(const std::wstring& path)
-{
+RegistryKeyData& RegistryHive::AddKey(const std::wstring& path) {
     if (RegistryKeyData* existing = FindKey(path)) return *existing;
     keys.push_back(RegistryKeyData{path, {}});
     return keys.back();
 }
 
-void RegistryHive::DeleteKey(const std::wstring& path)
-{
+void RegistryHive::DeleteKey(const std::wstring& path) {
     std::erase_if(keys, [&](const RegistryKeyData& key) {
         return SameRegistryName(key.path, path) || StartsWithKey(key.path, path);
     });
 }
 
-RegistryValue* RegistryHive::FindValue(RegistryKeyData& key, const std::wstring& name)
-{
+RegistryValue* RegistryHive::FindValue(RegistryKeyData& key, const std::wstring& name) {
     for (RegistryValue& value : key.values)
         if (SameRegistryName(value.name, name)) return &value;
     return nullptr;

@@ -13,9 +13,9 @@ namespace platform {
 
 struct RegistryValue {
     std::wstring name;
-    DWORD type = 1;      // REG_SZ or REG_DWORD
-    std::wstring text;   // REG_SZ content
-    DWORD number = 0;    // REG_DWORD content
+    DWORD type = 1;     // REG_SZ or REG_DWORD
+    std::wstring text;  // REG_SZ content
+    DWORD number = 0;   // REG_DWORD content
 };
 
 struct RegistryKeyData {
@@ -48,8 +48,7 @@ private:
 bool SameRegistryName(const std::wstring& a, const std::wstring& b);
 
 template <typename Reject>
-RegistryHive RegistryHive::Parse(const std::string& text, Reject reject)
-{
+RegistryHive RegistryHive::Parse(const std::string& text, Reject reject) {
     RegistryHive hive;
     RegistryKeyData* current = nullptr;
     size_t start = 0;

@@ -4,14 +4,11 @@
 
 namespace platform {
 
-std::string ToUtf8(std::wstring_view text)
-{
-    return QString::fromWCharArray(text.data(), static_cast<qsizetype>(text.size()))
-        .toStdString();
+std::string ToUtf8(std::wstring_view text) {
+    return QString::fromWCharArray(text.data(), static_cast<qsizetype>(text.size())).toStdString();
 }
 
-std::wstring FromUtf8(std::string_view text)
-{
+std::wstring FromUtf8(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toStdWString();
 }
 

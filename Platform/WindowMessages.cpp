@@ -19,20 +19,16 @@ struct HandleTable {
     std::vector<std::unique_ptr<WindowHandle>> all;
 };
 
-HandleTable& Table()
-{
+HandleTable& Table() {
     static HandleTable table;
     return table;
 }
 }  // namespace
 
 WindowMessageEvent::WindowMessageEvent(UINT message, WPARAM wParam, LPARAM lParam)
-    : QEvent(static_cast<QEvent::Type>(message)), wParam(wParam), lParam(lParam)
-{
-}
+    : QEvent(static_cast<QEvent::Type>(message)), wParam(wParam), lParam(lParam) {}
 
-HWND WindowHandleOf(QObject* receiver)
-{
+HWND WindowHandleOf(QObject* receiver) {
     if (receiver == nullptr) return nullptr;
     HandleTable& table = Table();
     std::lock_guard lock(table.mutex);
@@ -52,8 +48,7 @@ HWND WindowHandleOf(QObject* receiver)
     return handle;
 }
 
-BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
-{
+BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (window == nullptr) return FALSE;
     if (message < QEvent::User || message > QEvent::MaxUser) return FALSE;
     HandleTable& table = Table();

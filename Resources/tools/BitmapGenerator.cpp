@@ -19,8 +19,7 @@
 
 namespace {
 
-QPixmap Draw(const QString& kind, const QString& label, bool& known)
-{
+QPixmap Draw(const QString& kind, const QString& label, bool& known) {
     known = true;
     if (kind == QLatin1String("blank")) return CToolkitStyle::KeyFace(QString());
     if (kind == QLatin1String("key")) return CToolkitStyle::KeyFace(label);
@@ -46,8 +45,7 @@ QPixmap Draw(const QString& kind, const QString& label, bool& known)
 
 }  // namespace
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     if (argc != 3) {
         std::fprintf(stderr, "usage: %s <bitmaps.txt> <output directory>\n", argv[0]);
         return 2;

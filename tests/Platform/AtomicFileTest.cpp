@@ -1,17 +1,16 @@
-#include "Platform/AtomicFile.h"
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
+#include "Platform/AtomicFile.h"
+
 namespace fs = std::filesystem;
 
 namespace {
 
-std::string Read(const fs::path& path)
-{
+std::string Read(const fs::path& path) {
     std::ifstream in(path);
     std::stringstream text;
     text << in.rdbuf();
@@ -20,21 +19,18 @@ std::string Read(const fs::path& path)
 
 class AtomicFileTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         dir = fs::temp_directory_path() / ("atomic-" + std::to_string(getpid()));
         fs::create_directories(dir);
     }
     void TearDown() override { fs::remove_all(dir); }
-    size_t FilesInDir() const
-    {
+    size_t FilesInDir() const {
         return static_cast<size_t>(std::distance(fs::directory_iterator(dir), {}));
     }
     fs::path dir;
 };
 
-TEST_F(AtomicFileTest, ReplacesContentAndLeavesNoTemporaryBehind)
-{
+TEST_F(AtomicFileTest, ReplacesContentAndLeavesNoTemporaryBehind) {
     const fs::path target = dir / "opm.ini";
     ASSERT_TRUE(platform::WriteFileAtomically(target.string(), "old\n"));
     ASSERT_TRUE(platform::WriteFileAtomically(target.string(), "new content\n"));
@@ -42,8 +38,7 @@ TEST_F(AtomicFileTest, ReplacesContentAndLeavesNoTemporaryBehind)
     EXPECT_EQ(FilesInDir(), 1u);
 }
 
-TEST_F(AtomicFileTest, UncommittedWriteKeepsTheOldFile)
-{
+TEST_F(AtomicFileTest, UncommittedWriteKeepsTheOldFile) {
     const fs::path target = dir / "results.txt";
     ASSERT_TRUE(platform::WriteFileAtomically(target.string(), "kept"));
     {
@@ -55,8 +50,7 @@ TEST_F(AtomicFileTest, UncommittedWriteKeepsTheOldFile)
     EXPECT_EQ(FilesInDir(), 1u);
 }
 
-TEST_F(AtomicFileTest, AStaleTemporaryFromACutWriteIsReplacedNotAccumulated)
-{
+TEST_F(AtomicFileTest, AStaleTemporaryFromACutWriteIsReplacedNotAccumulated) {
     const fs::path target = dir / "registry.reg";
     std::ofstream(dir / "registry.reg.tmp") << "torn";
     ASSERT_TRUE(platform::WriteFileAtomically(target.string(), "whole"));
@@ -64,8 +58,7 @@ TEST_F(AtomicFileTest, AStaleTemporaryFromACutWriteIsReplacedNotAccumulated)
     EXPECT_EQ(FilesInDir(), 1u);
 }
 
-TEST_F(AtomicFileTest, MissingDirectoryFailsWithoutCreatingAnything)
-{
+TEST_F(AtomicFileTest, MissingDirectoryFailsWithoutCreatingAnything) {
     platform::AtomicFileWriter writer((dir / "no" / "such.txt").string());
     EXPECT_EQ(writer.Stream(), nullptr);
     EXPECT_FALSE(writer.Commit());

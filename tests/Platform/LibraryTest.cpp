@@ -1,14 +1,12 @@
-#include "Platform/Library.h"
-
 #include <gtest/gtest.h>
 
 #include "Platform/LastError.h"
+#include "Platform/Library.h"
 #include "Platform/ModulePath.h"
 
 namespace {
 
-TEST(LibraryTest, DllNamesResolveToSharedObjectsBesideTheExecutable)
-{
+TEST(LibraryTest, DllNamesResolveToSharedObjectsBesideTheExecutable) {
     const std::string dir = platform::ApplicationDirectory();
     EXPECT_EQ(platform::ResolveLibraryPath(L"tavix_otdr.dll"), dir + "tavix_otdr.so");
     EXPECT_EQ(platform::ResolveLibraryPath(L"Module.DLL"), dir + "Module.so");
@@ -17,8 +15,7 @@ TEST(LibraryTest, DllNamesResolveToSharedObjectsBesideTheExecutable)
     EXPECT_EQ(platform::ResolveLibraryPath(L"lang/german.rcc"), dir + "lang/german.rcc");
 }
 
-TEST(LibraryTest, LoadsResolvesAndFrees)
-{
+TEST(LibraryTest, LoadsResolvesAndFrees) {
     HMODULE module = LoadLibraryW(L"platform_test_module.dll");
     ASSERT_NE(module, nullptr);
     using Answer = int (*)();
@@ -30,8 +27,7 @@ TEST(LibraryTest, LoadsResolvesAndFrees)
     EXPECT_TRUE(FreeLibrary(module));
 }
 
-TEST(LibraryTest, MissingLibrariesFailWithModNotFound)
-{
+TEST(LibraryTest, MissingLibrariesFailWithModNotFound) {
     EXPECT_EQ(LoadLibraryW(L"no_such_module.dll"), nullptr);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
     EXPECT_EQ(LoadLibraryW(L"no_such_pack.rcc"), nullptr);

@@ -1,13 +1,11 @@
-#include "Platform/ModulePath.h"
-
 #include <gtest/gtest.h>
-
 #include <unistd.h>
+
+#include "Platform/ModulePath.h"
 
 namespace {
 
-TEST(ModulePathTest, ReportsTheExecutableWhateverTheCurrentDirectory)
-{
+TEST(ModulePathTest, ReportsTheExecutableWhateverTheCurrentDirectory) {
     wchar_t before[1000];
     ASSERT_GT(GetModuleFileNameW(nullptr, before, 1000), 0u);
     char cwd[4096];
@@ -21,16 +19,14 @@ TEST(ModulePathTest, ReportsTheExecutableWhateverTheCurrentDirectory)
     EXPECT_EQ(platform::ApplicationDirectory().back(), '/');
 }
 
-TEST(ModulePathTest, ShortBufferGetsATerminatedPrefix)
-{
+TEST(ModulePathTest, ShortBufferGetsATerminatedPrefix) {
     wchar_t buffer[4];
     EXPECT_EQ(GetModuleFileNameW(nullptr, buffer, 4), 3u);
     EXPECT_EQ(buffer[3], L'\0');
     EXPECT_EQ(GetModuleFileNameW(nullptr, buffer, 0), 0u);
 }
 
-TEST(ModulePathTest, OverrideStandsInForTheExecutable)
-{
+TEST(ModulePathTest, OverrideStandsInForTheExecutable) {
     platform::OverrideModuleFileName(L"/image/dir/PowerMeter");
     EXPECT_EQ(platform::ApplicationDirectory(), "/image/dir/");
     platform::OverrideModuleFileName(L"");

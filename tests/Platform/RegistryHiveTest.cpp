@@ -1,8 +1,8 @@
-#include "Platform/RegistryHive.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
+
+#include "Platform/RegistryHive.h"
 
 namespace {
 
@@ -13,26 +13,25 @@ struct Rejected {
     std::string line;
 };
 
-RegistryHive ParseCollecting(const std::string& text, std::vector<Rejected>& rejected)
-{
-    return RegistryHive::Parse(
-        text, [&](int number, const std::string& line) { rejected.push_back({number, line}); });
+RegistryHive ParseCollecting(const std::string& text, std::vector<Rejected>& rejected) {
+    return RegistryHive::Parse(text, [&](int number, const std::string& line) {
+        rejected.push_back({number, line});
+    });
 }
 
-TEST(RegistryHiveTest, SkipsEveryMalformedLineAndKeepsTheRest)
-{
+TEST(RegistryHiveTest, SkipsEveryMalformedLineAndKeepsTheRest) {
     const std::string text =
         "Windows Registry Editor Version 5.00\r\n"
-        "\"Orphan\"=\"before any key\"\n"               // 2
+        "\"Orphan\"=\"before any key\"\n"  // 2
         "[HKEY_LOCAL_MACHINE\\Software\\Tavix]\n"
         "\"Good\"=\"1\"\n"
-        "\"Unterminated=\"x\"\n"                        // 5
-        "\"BadEscape\"=\"a\\qb\"\n"                     // 6
-        "\"Dword\"=dword:zz\n"                          // 7
-        "no equals sign\n"                              // 8
-        "[HKEY_LOCAL_MACHINE\\Missing bracket\n"       // 9
+        "\"Unterminated=\"x\"\n"                  // 5
+        "\"BadEscape\"=\"a\\qb\"\n"               // 6
+        "\"Dword\"=dword:zz\n"                    // 7
+        "no equals sign\n"                        // 8
+        "[HKEY_LOCAL_MACHINE\\Missing bracket\n"  // 9
         "; a comment\n"
-        "\"Trailing\"=\"x\" junk\n"                     // 11
+        "\"Trailing\"=\"x\" junk\n"  // 11
         "\"Last\"=\"2\"";
     std::vector<Rejected> rejected;
     RegistryHive hive = ParseCollecting(text, rejected);
@@ -48,8 +47,7 @@ TEST(RegistryHiveTest, SkipsEveryMalformedLineAndKeepsTheRest)
     EXPECT_EQ(key->values[1].text, L"2");
 }
 
-TEST(RegistryHiveTest, SerializeRoundTripsEveryValueKind)
-{
+TEST(RegistryHiveTest, SerializeRoundTripsEveryValueKind) {
     const std::string text =
         "Windows Registry Editor Version 5.00\n"
         "\n"
@@ -68,8 +66,7 @@ TEST(RegistryHiveTest, SerializeRoundTripsEveryValueKind)
               L"C:\\data \"x\"\nnext");
 }
 
-TEST(RegistryHiveTest, RepeatedKeysAndValuesMerge)
-{
+TEST(RegistryHiveTest, RepeatedKeysAndValuesMerge) {
     std::vector<Rejected> rejected;
     RegistryHive hive = ParseCollecting(
         "[HKEY_LOCAL_MACHINE\\A]\n\"v\"=\"1\"\n[HKEY_LOCAL_MACHINE\\a]\n\"V\"=\"2\"\n", rejected);

@@ -15,8 +15,7 @@ constexpr const char* kHive =
     "\"ID_DLL\"=\"OTDR-7\"\n"
     "\"Count\"=dword:0000002a\n";
 
-std::wstring ReadString(HKEY key, const wchar_t* name, LONG* result = nullptr)
-{
+std::wstring ReadString(HKEY key, const wchar_t* name, LONG* result = nullptr) {
     DWORD size = 0;
     DWORD type = 0;
     LONG r = RegQueryValueExW(key, name, nullptr, &type, nullptr, &size);
@@ -34,21 +33,18 @@ std::wstring ReadString(HKEY key, const wchar_t* name, LONG* result = nullptr)
 
 class RegistryTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         platform::InjectRegistryFaults() = {};
         platform::LoadHiveFromText(kHive);
     }
-    HKEY Open(const wchar_t* path = L"Software\\Tavix")
-    {
+    HKEY Open(const wchar_t* path = L"Software\\Tavix") {
         HKEY key = nullptr;
         EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_ALL_ACCESS, &key), ERROR_SUCCESS);
         return key;
     }
 };
 
-TEST_F(RegistryTest, OpensOnlyKeysTheHiveHas)
-{
+TEST_F(RegistryTest, OpensOnlyKeysTheHiveHas) {
     HKEY key = nullptr;
     EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Other", 0, KEY_ALL_ACCESS, &key),
               ERROR_FILE_NOT_FOUND);
@@ -58,8 +54,7 @@ TEST_F(RegistryTest, OpensOnlyKeysTheHiveHas)
     EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
 }
 
-TEST_F(RegistryTest, QueryReportsSizeWithTerminatorThenData)
-{
+TEST_F(RegistryTest, QueryReportsSizeWithTerminatorThenData) {
     HKEY key = Open();
     DWORD size = 0;
     DWORD type = 0;
@@ -70,9 +65,9 @@ TEST_F(RegistryTest, QueryReportsSizeWithTerminatorThenData)
 
     DWORD small = 2 * sizeof(WCHAR);
     WCHAR buffer[2];
-    EXPECT_EQ(RegQueryValueExW(key, L"ID_DLL", nullptr, &type, reinterpret_cast<LPBYTE>(buffer),
-                               &small),
-              ERROR_MORE_DATA);
+    EXPECT_EQ(
+        RegQueryValueExW(key, L"ID_DLL", nullptr, &type, reinterpret_cast<LPBYTE>(buffer), &small),
+        ERROR_MORE_DATA);
     EXPECT_EQ(small, size);
 
     DWORD number = 0;
@@ -89,8 +84,7 @@ TEST_F(RegistryTest, QueryReportsSizeWithTerminatorThenData)
     EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
 }
 
-TEST_F(RegistryTest, SetReplacesOrAppendsAndNeverCreatesKeys)
-{
+TEST_F(RegistryTest, SetReplacesOrAppendsAndNeverCreatesKeys) {
     HKEY key = Open();
     const std::wstring text = L"new value";
     ASSERT_EQ(RegSetValueExW(key, L"ID_DLL", 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
@@ -106,8 +100,7 @@ TEST_F(RegistryTest, SetReplacesOrAppendsAndNeverCreatesKeys)
     EXPECT_EQ(platform::HiveAsText().find("Tavix"), std::string::npos);
 }
 
-TEST_F(RegistryTest, FaultsFireOnceEach)
-{
+TEST_F(RegistryTest, FaultsFireOnceEach) {
     platform::InjectRegistryFaults().nullHandleOnNextOpen = true;
     HKEY key = reinterpret_cast<HKEY>(1);
     EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Tavix", 0, KEY_ALL_ACCESS, &key),
@@ -131,8 +124,7 @@ TEST_F(RegistryTest, FaultsFireOnceEach)
     EXPECT_EQ(RegCloseKey(Open()), ERROR_SUCCESS);
 }
 
-TEST_F(RegistryTest, FlushPersistsTheHiveAndReloadsIt)
-{
+TEST_F(RegistryTest, FlushPersistsTheHiveAndReloadsIt) {
     const std::string path =
         (std::filesystem::temp_directory_path() / ("hive-" + std::to_string(getpid()) + ".reg"))
             .string();
@@ -156,8 +148,7 @@ TEST_F(RegistryTest, FlushPersistsTheHiveAndReloadsIt)
     std::filesystem::remove(path);
 }
 
-TEST_F(RegistryTest, MissingHiveFileGivesAnEmptyRegistry)
-{
+TEST_F(RegistryTest, MissingHiveFileGivesAnEmptyRegistry) {
     EXPECT_TRUE(platform::LoadHive("/nonexistent-dir/registry.reg"));
     HKEY key = nullptr;
     EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Software\\Tavix", 0, KEY_ALL_ACCESS, &key),

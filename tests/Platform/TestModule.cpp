@@ -1,2 +1,4 @@
 // Loaded by LibraryTest through the platform's loader.
-extern "C" int TestModuleAnswer() { return 42; }
+extern "C" int TestModuleAnswer() {
+    return 42;
+}

@@ -1,11 +1,11 @@
-#include "Platform/WindowMessages.h"
-
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <memory>
 #include <thread>
 #include <vector>
+
+#include "Platform/WindowMessages.h"
 
 namespace {
 
@@ -14,8 +14,7 @@ public:
     std::vector<std::tuple<UINT, WPARAM, LPARAM>> received;
 
 protected:
-    bool event(QEvent* e) override
-    {
+    bool event(QEvent* e) override {
         if (e->type() >= QEvent::User) {
             auto* message = static_cast<WindowMessageEvent*>(e);
             received.emplace_back(message->Message(), message->WParam(), message->LParam());
@@ -25,8 +24,7 @@ protected:
     }
 };
 
-QCoreApplication& App()
-{
+QCoreApplication& App() {
     static int argc = 1;
     static char name[] = "WindowMessagesTest";
     static char* argv[] = {name, nullptr};
@@ -34,8 +32,7 @@ QCoreApplication& App()
     return app;
 }
 
-TEST(WindowMessagesTest, PostedMessagesArriveInOrderFromAnotherThread)
-{
+TEST(WindowMessagesTest, PostedMessagesArriveInOrderFromAnotherThread) {
     App();
     Recorder recorder;
     HWND window = WindowHandleOf(&recorder);
@@ -49,8 +46,7 @@ TEST(WindowMessagesTest, PostedMessagesArriveInOrderFromAnotherThread)
     EXPECT_EQ(recorder.received[2], std::make_tuple(1051u, WPARAM{7}, LPARAM{2}));
 }
 
-TEST(WindowMessagesTest, PostingToAGoneWindowIsANoOp)
-{
+TEST(WindowMessagesTest, PostingToAGoneWindowIsANoOp) {
     App();
     auto recorder = std::make_unique<Recorder>();
     HWND window = WindowHandleOf(recorder.get());
@@ -61,8 +57,7 @@ TEST(WindowMessagesTest, PostingToAGoneWindowIsANoOp)
     EXPECT_FALSE(PostMessageW(nullptr, 1051, 0, 0));
 }
 
-TEST(WindowMessagesTest, MessagesOutsideTheUserRangeAreRefused)
-{
+TEST(WindowMessagesTest, MessagesOutsideTheUserRangeAreRefused) {
     App();
     Recorder recorder;
     EXPECT_FALSE(PostMessageW(WindowHandleOf(&recorder), 15, 0, 0));
