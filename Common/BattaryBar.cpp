@@ -1,5 +1,6 @@
 #include "Common/BattaryBar.h"
 
+#include <QFontMetricsF>
 #include <QLabel>
 #include <QPainter>
 #include <QPainterPath>
@@ -128,8 +129,15 @@ void CBattaryBar::PaintGauge(QPainter& painter, const QRect& area) const {
             painter.setPen(QPen(Qt::white, 1.5));
             const qreal side = inside.height() + 2;
             painter.drawPath(Bolt(QRectF(inside.left() + 2, inside.top() - 1, side * 0.7, side)));
+            // The percentage keeps clear of the bolt, shrinking for "100%".
+            const QRectF textArea = inside.adjusted(side * 0.7 + 5, 0, 0, 0);
+            while (QFontMetricsF(font).horizontalAdvance(percent) > textArea.width() &&
+                   font.pixelSize() > 8) {
+                font.setPixelSize(font.pixelSize() - 1);
+            }
+            painter.setFont(font);
             painter.setPen(Qt::black);
-            painter.drawText(inside.adjusted(side * 0.7, 0, 0, 0), Qt::AlignCenter, percent);
+            painter.drawText(textArea, Qt::AlignCenter, percent);
         } else {
             painter.setPen(Qt::black);
             painter.drawText(inside, Qt::AlignCenter, percent);
