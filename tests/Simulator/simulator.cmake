@@ -16,15 +16,10 @@ target_compile_definitions(SimulatorTests PRIVATE OPM_SOURCE_DIR="${PROJECT_SOUR
 set_target_properties(SimulatorTests PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "\$ORIGIN")
 add_dependencies(SimulatorTests tavix_otdr tavix_sim_olt tavix_sim_btd opm-bench)
 
-# The shipped factory data and hive on the application's meter and backend;
-# the meter's own sources, so that the test needs no screens.
+# The shipped factory data and hive on the application's meter and backend.
 opm_add_test(SimulatedInstrumentTests
-  SOURCES
-    ${CMAKE_CURRENT_LIST_DIR}/SimulatedInstrumentTest.cpp
-    ${PROJECT_SOURCE_DIR}/PowerMeter/OPMMeter.cpp
-    ${PROJECT_SOURCE_DIR}/PowerMeter/HardwareOPMMeterBackend.cpp
-    ${PROJECT_SOURCE_DIR}/PowerMeter/OPMMeterError.cpp
-  LIBS Support Platform tavix_sim_bench
+  SOURCES ${CMAKE_CURRENT_LIST_DIR}/SimulatedInstrumentTest.cpp
+  LIBS PowerMeter tavix_sim_bench
   LABELS unit)
 target_compile_definitions(SimulatedInstrumentTests PRIVATE OPM_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
 set_target_properties(SimulatedInstrumentTests PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "\$ORIGIN")
