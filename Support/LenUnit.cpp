@@ -16,12 +16,21 @@ constexpr double MToKmFactor = 0.001;
 constexpr double FtToKmFactor = static_cast<double>(0.0003048f);
 constexpr double KfToKmFactor = 0.3048;
 constexpr double MiToKmFactor = 1.609344;
-constexpr double AttenuationPerKfFactor = 0.3048;
-constexpr double AttenuationPerMiFactor = 1.60933;
-constexpr double AttenuationFromKfFactor = 3.280839895013123;
-constexpr double AttenuationFromMiFactor = 0.6213765977145769;
 
 constexpr int UnitCount = 5;
+
+// Per unit index: attenuation per km into the unit's dB/kf or dB/mi, and back.
+// The mile factors differ from the distance ones on purpose.
+constexpr double AttenuationFromKmFactors[UnitCount] = {1.0, 1.0, 0.3048, 0.3048, 1.60933};
+constexpr double AttenuationToKmFactors[UnitCount] = {1.0, 1.0, 3.280839895013123,
+                                                      3.280839895013123, 0.6213765977145769};
+
+// Per unit index, called through the virtual slots; km needs no conversion.
+using Conversion = double (TLenUnit::*)(double);
+constexpr Conversion FromKmConversions[UnitCount] = {nullptr, &TLenUnit::KmToM, &TLenUnit::KmToFt,
+                                                     &TLenUnit::KmToKf, &TLenUnit::KmToMi};
+constexpr Conversion ToKmConversions[UnitCount] = {nullptr, &TLenUnit::MToKm, &TLenUnit::FtToKm,
+                                                   &TLenUnit::KfToKm, &TLenUnit::MiToKm};
 constexpr int NameSlots = 9;
 constexpr int NameSize = 16;
 constexpr int DbSlot = 5;
@@ -113,19 +122,9 @@ double TLenUnit::ToKm(double x) {
     return ToKm(x, unit);
 }
 
-double TLenUnit::ToKm(double x, int toUnit) {
-    switch (toUnit) {
-        case duMT:
-            return MToKm(x);
-        case duFT:
-            return FtToKm(x);
-        case duKF:
-            return KfToKm(x);
-        case duMI:
-            return MiToKm(x);
-        default:
-            return x;
-    }
+double TLenUnit::ToKm(double x, int fromUnit) {
+    const Conversion convert = IsUnit(fromUnit) ? ToKmConversions[fromUnit] : nullptr;
+    return convert ? (this->*convert)(x) : x;
 }
 
 double TLenUnit::FromKm(double x) {
@@ -133,18 +132,8 @@ double TLenUnit::FromKm(double x) {
 }
 
 double TLenUnit::FromKm(double x, int toUnit) {
-    switch (toUnit) {
-        case duMT:
-            return KmToM(x);
-        case duFT:
-            return KmToFt(x);
-        case duKF:
-            return KmToKf(x);
-        case duMI:
-            return KmToMi(x);
-        default:
-            return x;
-    }
+    const Conversion convert = IsUnit(toUnit) ? FromKmConversions[toUnit] : nullptr;
+    return convert ? (this->*convert)(x) : x;
 }
 
 double TLenUnit::KmToShortUnit(double x) {
@@ -152,33 +141,11 @@ double TLenUnit::KmToShortUnit(double x) {
 }
 
 double TLenUnit::AttenuationFromKm(double x) {
-    switch (unit) {
-        case duKM:
-        case duMT:
-            return x;
-        case duFT:
-        case duKF:
-            return x * AttenuationPerKfFactor;
-        case duMI:
-            return x * AttenuationPerMiFactor;
-        default:
-            return 0.0;
-    }
+    return IsUnit(unit) ? x * AttenuationFromKmFactors[unit] : 0.0;
 }
 
 double TLenUnit::AttenuationToKm(double x) {
-    switch (unit) {
-        case duKM:
-        case duMT:
-            return x;
-        case duFT:
-        case duKF:
-            return x * AttenuationFromKfFactor;
-        case duMI:
-            return x * AttenuationFromMiFactor;
-        default:
-            return 0.0;
-    }
+    return IsUnit(unit) ? x * AttenuationToKmFactors[unit] : 0.0;
 }
 
 int TLenUnit::GetDecimals(int ofUnit) {
@@ -193,34 +160,11 @@ int TLenUnit::FormatDistance(char* text, double km, bool withName) {
 }
 
 int TLenUnit::FormatDistance(char* text, double km, int inUnit, bool withName) {
-    double value = km;
-    int decimals = Decimals[duKM];
-    int nameSlot = duKM;
-    switch (inUnit) {
-        case duMT:
-            value = KmToM(km);
-            decimals = 0;
-            nameSlot = duMT;
-            break;
-        case duFT:
-            value = KmToFt(km);
-            decimals = 0;
-            nameSlot = duFT;
-            break;
-        case duKF:
-            value = KmToKf(km);
-            decimals = 4;
-            nameSlot = duKF;
-            break;
-        case duMI:
-            value = KmToMi(km);
-            decimals = 4;
-            nameSlot = duMI;
-            break;
-        default:
-            break;
-    }
-    if (withName) return std::sprintf(text, "%.*lf %s", decimals, value, unitNames[nameSlot]);
+    // Anything but a known unit is written as km.
+    const int shown = IsUnit(inUnit) ? inUnit : duKM;
+    const double value = FromKm(km, shown);
+    const int decimals = Decimals[shown];
+    if (withName) return std::sprintf(text, "%.*lf %s", decimals, value, unitNames[shown]);
     return std::sprintf(text, "%.*lf", decimals, value);
 }
 
