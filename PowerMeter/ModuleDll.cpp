@@ -5,7 +5,7 @@
 #include <mutex>
 #include <string>
 
-#include "Common/Logging.h"
+#include "Common/Settings/Logging.h"
 #include "Platform/StreamDevice.h"
 #include "Platform/WideText.h"
 #include "Support/LogFile.h"

@@ -3,9 +3,9 @@
 #include <exception>
 #include <vector>
 
-#include "Common/AppConfig.h"
-#include "Common/IUserNotifier.h"
-#include "Common/Logging.h"
+#include "Common/Settings/AppConfig.h"
+#include "Common/Toolkit/IUserNotifier.h"
+#include "Common/Settings/Logging.h"
 #include "Platform/FatalError.h"
 #include "Platform/WideText.h"
 #include "PowerMeter/HardwareOPMMeterBackend.h"

@@ -13,10 +13,10 @@
 #include <optional>
 #include <string>
 
-#include "Common/AppConfig.h"
-#include "Common/CommonConfig.h"
-#include "Common/IUserNotifier.h"
-#include "Common/Logging.h"
+#include "Common/Settings/AppConfig.h"
+#include "Common/Settings/CommonConfig.h"
+#include "Common/Toolkit/IUserNotifier.h"
+#include "Common/Settings/Logging.h"
 #include "Platform/WideText.h"
 #include "Platform/WindowMessages.h"
 #include "PowerMeter/PowerMeter.h"

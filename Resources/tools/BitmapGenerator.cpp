@@ -15,7 +15,7 @@
 #include <QTextStream>
 #include <cstdio>
 
-#include "Common/ToolkitStyle.h"
+#include "Common/Toolkit/ToolkitStyle.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "Common/AppConfig.h"
+#include "Common/Settings/AppConfig.h"
 #include "Platform/Registry.h"
 #include "Support/FatalTextPattern.h"
 #include "Support/ScratchDirectory.h"

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Common/BaseDialog.h"
-#include "Common/MenuKey.h"
+#include "Common/Toolkit/BaseDialog.h"
+#include "Common/Toolkit/MenuKey.h"
 #include "Common/ToolkitTestSupport.h"
 #include "support/LanguagePack.h"
 

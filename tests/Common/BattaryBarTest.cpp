@@ -3,8 +3,8 @@
 #include <fstream>
 #include <map>
 
-#include "Common/BattaryBar.h"
-#include "Common/LanguageResources.h"
+#include "Common/Toolkit/BattaryBar.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "Common/ToolkitTestSupport.h"
 #include "Platform/LocalTime.h"
 #include "Platform/PowerStatus.h"

@@ -1,6 +1,6 @@
 #include <QWidget>
 
-#include "Common/BrevoLayouter.h"
+#include "Common/Toolkit/BrevoLayouter.h"
 #include "Common/ToolkitTestSupport.h"
 
 namespace {

@@ -5,12 +5,12 @@
 #include <QTest>
 #include <QTimer>
 
-#include "Common/ChangeValueDialog.h"
-#include "Common/DialogResults.h"
+#include "Common/Toolkit/ChangeValueDialog.h"
+#include "Common/Toolkit/DialogResults.h"
 #include "Common/DialogTestSupport.h"
-#include "Common/DigitEdit.h"
-#include "Common/LanguageResources.h"
-#include "Common/Message.h"
+#include "Common/Toolkit/DigitEdit.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/Message.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <QFont>
 #include <QLabel>
 
-#include "Common/ColorStatic.h"
-#include "Common/LanguageResources.h"
+#include "Common/Toolkit/ColorStatic.h"
+#include "Common/Utilities/LanguageResources.h"
 
 namespace {
 

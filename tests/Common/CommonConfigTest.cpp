@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Common/CommonConfig.h"
+#include "Common/Settings/CommonConfig.h"
 #include "Platform/Registry.h"
 #include "Support/FatalTextPattern.h"
 

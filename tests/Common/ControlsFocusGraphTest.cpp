@@ -1,8 +1,8 @@
 #include <QApplication>
 #include <QTest>
 
-#include "Common/ControlsFocusGraph.h"
-#include "Common/KeyboardControlledDialog.h"
+#include "Common/Toolkit/ControlsFocusGraph.h"
+#include "Common/Toolkit/KeyboardControlledDialog.h"
 #include "Common/ToolkitTestSupport.h"
 #include "support/LanguagePack.h"
 

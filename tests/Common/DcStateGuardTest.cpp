@@ -1,7 +1,7 @@
 #include <QImage>
 #include <QPainter>
 
-#include "Common/DcStateGuard.h"
+#include "Common/Utilities/DcStateGuard.h"
 #include "Common/ToolkitTestSupport.h"
 
 TEST(DcStateGuard, RestoresWhatAHelperChanged) {

@@ -12,7 +12,7 @@
 #include <ostream>
 #include <string>
 
-#include "Common/FontCreator.h"
+#include "Common/Toolkit/FontCreator.h"
 #include "Platform/Library.h"
 #include "Platform/ModulePath.h"
 #include "Platform/WideText.h"

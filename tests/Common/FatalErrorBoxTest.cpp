@@ -5,7 +5,7 @@
 #include <QTimer>
 
 #include "Common/DialogTestSupport.h"
-#include "Common/FatalErrorBox.h"
+#include "Common/Toolkit/FatalErrorBox.h"
 #include "Platform/FatalError.h"
 
 namespace {

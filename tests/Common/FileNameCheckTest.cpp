@@ -4,7 +4,7 @@
 #include <QTemporaryDir>
 
 #include "Common/DialogTestSupport.h"
-#include "Common/FileNameCheck.h"
+#include "Common/Utilities/FileNameCheck.h"
 
 namespace {
 

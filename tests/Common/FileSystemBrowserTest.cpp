@@ -9,10 +9,10 @@
 #include <QTreeView>
 
 #include "Common/DialogTestSupport.h"
-#include "Common/FileSystemBrowser.h"
-#include "Common/LanguageResources.h"
-#include "Common/MessageBoxEx.h"
-#include "Common/SubmenuDialog.h"
+#include "Common/Toolkit/FileSystemBrowser.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/MessageBoxEx.h"
+#include "Common/Toolkit/SubmenuDialog.h"
 #include "Platform/ModulePath.h"
 
 namespace {

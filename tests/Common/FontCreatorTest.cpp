@@ -1,6 +1,6 @@
 #include <QFontInfo>
 
-#include "Common/FontCreator.h"
+#include "Common/Toolkit/FontCreator.h"
 #include "Common/ToolkitTestSupport.h"
 #include "support/LanguagePack.h"
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "Common/KeyboardControlledDialog.h"
+#include "Common/Toolkit/KeyboardControlledDialog.h"
 #include "Common/ToolkitTestSupport.h"
-#include "Common/VirtualKeys.h"
+#include "Common/Toolkit/VirtualKeys.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "Common/KeysCombinationCatcher.h"
+#include "Common/Toolkit/KeysCombinationCatcher.h"
 #include "Common/ToolkitTestSupport.h"
-#include "Common/VirtualKeys.h"
+#include "Common/Toolkit/VirtualKeys.h"
 
 namespace {
 

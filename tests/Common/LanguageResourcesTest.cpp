@@ -6,8 +6,8 @@
 #include <QSet>
 #include <memory>
 
-#include "Common/LanguageResources.h"
-#include "Common/ToolkitStyle.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/ToolkitStyle.h"
 #include "Common/ToolkitTestSupport.h"
 #include "Platform/Library.h"
 #include "support/LanguagePack.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Common/Logging.h"
+#include "Common/Settings/Logging.h"
 #include "Platform/LocalTime.h"
 #include "Support/FatalTextPattern.h"
 #include "Support/LogFile.h"

@@ -3,10 +3,10 @@
 #include <QTest>
 #include <vector>
 
-#include "Common/BitmapMenuKey.h"
-#include "Common/LanguageResources.h"
-#include "Common/MenuCtrl.h"
-#include "Common/NotifyEvent.h"
+#include "Common/Toolkit/BitmapMenuKey.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/MenuCtrl.h"
+#include "Common/Toolkit/NotifyEvent.h"
 #include "Common/ToolkitTestSupport.h"
 #include "support/LanguagePack.h"
 

@@ -1,12 +1,12 @@
 #include <QImage>
 #include <QWidget>
 
-#include "Common/BitmapMenuKey.h"
-#include "Common/CompositedBitmapMenuKey.h"
-#include "Common/FontCreator.h"
-#include "Common/LanguageResources.h"
-#include "Common/MenuKey.h"
-#include "Common/TextMenuKey.h"
+#include "Common/Toolkit/BitmapMenuKey.h"
+#include "Common/Toolkit/CompositedBitmapMenuKey.h"
+#include "Common/Toolkit/FontCreator.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/MenuKey.h"
+#include "Common/Toolkit/TextMenuKey.h"
 #include "Common/ToolkitTestSupport.h"
 #include "support/LanguagePack.h"
 

@@ -8,11 +8,11 @@
 #include <utility>
 #include <vector>
 
-#include "Common/DialogResults.h"
+#include "Common/Toolkit/DialogResults.h"
 #include "Common/DialogTestSupport.h"
-#include "Common/LanguageResources.h"
-#include "Common/MessageBoxEx.h"
-#include "Common/PopupFrame.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/MessageBoxEx.h"
+#include "Common/Toolkit/PopupFrame.h"
 
 namespace {
 

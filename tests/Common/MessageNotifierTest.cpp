@@ -4,9 +4,9 @@
 #include <QTest>
 
 #include "Common/DialogTestSupport.h"
-#include "Common/LanguageResources.h"
-#include "Common/Message.h"
-#include "Common/MessageNotifier.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/Message.h"
+#include "Common/Toolkit/MessageNotifier.h"
 
 namespace {
 

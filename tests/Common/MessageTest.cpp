@@ -4,10 +4,10 @@
 #include <QPushButton>
 #include <QTest>
 
-#include "Common/DialogResults.h"
+#include "Common/Toolkit/DialogResults.h"
 #include "Common/DialogTestSupport.h"
-#include "Common/LanguageResources.h"
-#include "Common/Message.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/Message.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <QTest>
 
 #include "Common/DialogTestSupport.h"
-#include "Common/LanguageResources.h"
-#include "Common/ProcessingDialog.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/ProcessingDialog.h"
 
 namespace {
 

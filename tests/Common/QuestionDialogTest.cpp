@@ -5,10 +5,10 @@
 #include <QTest>
 #include <QTimer>
 
-#include "Common/DialogResults.h"
+#include "Common/Toolkit/DialogResults.h"
 #include "Common/DialogTestSupport.h"
-#include "Common/LanguageResources.h"
-#include "Common/QuestionDialog.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/QuestionDialog.h"
 
 namespace {
 

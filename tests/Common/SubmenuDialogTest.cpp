@@ -3,13 +3,13 @@
 #include <QTimer>
 #include <functional>
 
-#include "Common/BaseDialog.h"
-#include "Common/MenuKey.h"
-#include "Common/ScrollMarks.h"
-#include "Common/SubmenuDialog.h"
-#include "Common/TextMenuKey.h"
+#include "Common/Toolkit/BaseDialog.h"
+#include "Common/Toolkit/MenuKey.h"
+#include "Common/Toolkit/ScrollMarks.h"
+#include "Common/Toolkit/SubmenuDialog.h"
+#include "Common/Toolkit/TextMenuKey.h"
 #include "Common/ToolkitTestSupport.h"
-#include "Common/VirtualKeys.h"
+#include "Common/Toolkit/VirtualKeys.h"
 #include "support/LanguagePack.h"
 
 namespace {

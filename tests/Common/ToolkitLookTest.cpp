@@ -8,14 +8,14 @@
 #include <QTest>
 #include <QTimer>
 
-#include "Common/BaseDialog.h"
-#include "Common/FontCreator.h"
-#include "Common/LanguageResources.h"
-#include "Common/MenuKey.h"
-#include "Common/SubmenuDialog.h"
-#include "Common/TextMenuKey.h"
+#include "Common/Toolkit/BaseDialog.h"
+#include "Common/Toolkit/FontCreator.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/MenuKey.h"
+#include "Common/Toolkit/SubmenuDialog.h"
+#include "Common/Toolkit/TextMenuKey.h"
 #include "Common/ToolkitTestSupport.h"
-#include "Common/VirtualKeys.h"
+#include "Common/Toolkit/VirtualKeys.h"
 #include "support/LanguagePack.h"
 #include "support/Screenshot.h"
 

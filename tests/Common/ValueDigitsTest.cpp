@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "Common/ValueDigits.h"
+#include "Common/Toolkit/ValueDigits.h"
 
 namespace {
 

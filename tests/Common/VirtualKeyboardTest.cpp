@@ -5,11 +5,11 @@
 #include <QTest>
 #include <QTimer>
 
-#include "Common/DialogResults.h"
+#include "Common/Toolkit/DialogResults.h"
 #include "Common/DialogTestSupport.h"
-#include "Common/LanguageResources.h"
-#include "Common/Message.h"
-#include "Common/VirtualKeyboard.h"
+#include "Common/Utilities/LanguageResources.h"
+#include "Common/Toolkit/Message.h"
+#include "Common/Toolkit/VirtualKeyboard.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <Qt>
 
-#include "Common/VirtualKeys.h"
+#include "Common/Toolkit/VirtualKeys.h"
 
 namespace {
 

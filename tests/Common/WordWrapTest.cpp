@@ -3,7 +3,7 @@
 #include <QFont>
 #include <QFontMetrics>
 
-#include "Common/WordWrap.h"
+#include "Common/Utilities/WordWrap.h"
 
 namespace {
 

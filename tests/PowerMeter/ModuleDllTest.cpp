@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "Common/Logging.h"
+#include "Common/Settings/Logging.h"
 #include "FakeModuleFixture.h"
 #include "Platform/Registry.h"
 #include "Platform/StreamDevice.h"

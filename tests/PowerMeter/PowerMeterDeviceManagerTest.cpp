@@ -4,9 +4,9 @@
 #include <sstream>
 #include <vector>
 
-#include "Common/AppConfig.h"
-#include "Common/IUserNotifier.h"
-#include "Common/Logging.h"
+#include "Common/Settings/AppConfig.h"
+#include "Common/Toolkit/IUserNotifier.h"
+#include "Common/Settings/Logging.h"
 #include "FakeModuleFixture.h"
 #include "Platform/ModulePath.h"
 #include "Platform/Registry.h"

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "Common/FontCreator.h"
+#include "Common/Toolkit/FontCreator.h"
 #include "Platform/WideText.h"
 
 std::string ScopedLanguagePack::Directory() {
