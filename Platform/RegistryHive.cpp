@@ -77,14 +77,23 @@ bool SameRegistryName(const std::wstring& a, const std::wstring& b) {
            });
 }
 
-bool RegistryHive::ParseLine(const std::string& line, RegistryKeyData*& current) {
-    if (line.empty() || line[0] == ';' || line == kHeader) return true;
+bool RegistryHive::ParseLine(const std::string& line, std::ptrdiff_t& current) {
+    if (line.empty()) return true;
+    // Decoding would replace the bytes, and the next write would lose them.
+    if (!IsUtf8(line)) return false;
+    if (line[0] == ';' || line == kHeader) return true;
     if (line[0] == '[') {
-        if (line.size() < 3 || line.back() != ']' || line[1] == '-') return false;
-        current = &AddKey(FromUtf8(line.substr(1, line.size() - 2)));
+        if (line.size() < 3 || line.back() != ']' || line[1] == '-') {
+            // What follows a rejected header belongs to no key, not to the one above.
+            keys.push_back(RegistryKeyData{});
+            current = static_cast<std::ptrdiff_t>(keys.size()) - 1;
+            return false;
+        }
+        current = &AddKey(FromUtf8(line.substr(1, line.size() - 2))) - keys.data();
         return true;
     }
-    if (current == nullptr) return false;
+    if (current < 0 || keys[static_cast<size_t>(current)].path.empty()) return false;
+    RegistryKeyData& key = keys[static_cast<size_t>(current)];
 
     RegistryValue value;
     size_t pos = 0;
@@ -107,17 +116,26 @@ bool RegistryHive::ParseLine(const std::string& line, RegistryKeyData*& current)
         if (after != line.size()) return false;
         value.text = FromUtf8(text);
     }
-    if (RegistryValue* existing = FindValue(*current, value.name))
+    if (RegistryValue* existing = FindValue(key, value.name))
         *existing = value;
     else
-        current->values.push_back(value);
+        key.values.push_back(value);
     return true;
+}
+
+void RegistryHive::KeepLine(const std::string& rawLine, std::ptrdiff_t& current) {
+    if (current < 0) {
+        keys.push_back(RegistryKeyData{});
+        current = static_cast<std::ptrdiff_t>(keys.size()) - 1;
+    }
+    keys[static_cast<size_t>(current)].unparsed.push_back(rawLine);
 }
 
 std::string RegistryHive::Serialize() const {
     std::string out = std::string(kHeader) + "\n";
     for (const RegistryKeyData& key : keys) {
-        out += "\n[" + ToUtf8(key.path) + "]\n";
+        out += "\n";
+        if (!key.path.empty()) out += "[" + ToUtf8(key.path) + "]\n";
         for (const RegistryValue& value : key.values) {
             out += value.name.empty() ? std::string("@") : Quote(value.name);
             if (value.type == 4) {
@@ -128,6 +146,7 @@ std::string RegistryHive::Serialize() const {
                 out += "=" + Quote(value.text) + "\n";
             }
         }
+        for (const std::string& line : key.unparsed) out += line + "\n";
     }
     return out;
 }
@@ -146,7 +165,7 @@ bool RegistryHive::KeyExists(const std::wstring& path) const {
 
 RegistryKeyData& RegistryHive::AddKey(const std::wstring& path) {
     if (RegistryKeyData* existing = FindKey(path)) return *existing;
-    keys.push_back(RegistryKeyData{path, {}});
+    keys.push_back(RegistryKeyData{path, {}, {}});
     return keys.back();
 }
 

@@ -3,7 +3,7 @@
 // Pure data and text conversion; the Reg* calls in Registry.cpp add handles,
 // persistence and fault injection on top.
 
-#include <optional>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,14 +19,20 @@ struct RegistryValue {
 };
 
 struct RegistryKeyData {
-    std::wstring path;  // full path, root included, as first written
+    // Full path, root included, as first written. Empty for lines that belong
+    // to no key: those before the first header, or a rejected header and the
+    // lines below it.
+    std::wstring path;
     std::vector<RegistryValue> values;
+    // Lines that did not parse, verbatim (line end included): bad input is
+    // skipped, never lost, so a rewrite of the file puts them back.
+    std::vector<std::string> unparsed;
 };
 
 class RegistryHive {
 public:
     // Parses .reg text. Every line that does not parse is passed to `reject`
-    // with its 1-based number and skipped.
+    // with its 1-based number and kept aside for Serialize.
     template <typename Reject>
     static RegistryHive Parse(const std::string& text, Reject reject);
     std::string Serialize() const;
@@ -40,7 +46,8 @@ public:
     static RegistryValue* FindValue(RegistryKeyData& key, const std::wstring& name);
 
 private:
-    bool ParseLine(const std::string& line, RegistryKeyData*& current);
+    bool ParseLine(const std::string& line, std::ptrdiff_t& current);
+    void KeepLine(const std::string& rawLine, std::ptrdiff_t& current);
     std::vector<RegistryKeyData> keys;
 };
 
@@ -50,16 +57,20 @@ bool SameRegistryName(const std::wstring& a, const std::wstring& b);
 template <typename Reject>
 RegistryHive RegistryHive::Parse(const std::string& text, Reject reject) {
     RegistryHive hive;
-    RegistryKeyData* current = nullptr;
+    std::ptrdiff_t current = -1;  // index of the block the lines go to
     size_t start = 0;
     int number = 0;
     while (start <= text.size()) {
         size_t end = text.find('\n', start);
         if (end == std::string::npos) end = text.size();
-        std::string line = text.substr(start, end - start);
+        const std::string raw = text.substr(start, end - start);
+        std::string line = raw;
         ++number;
         if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (!hive.ParseLine(line, current)) reject(number, line);
+        if (!hive.ParseLine(line, current)) {
+            hive.KeepLine(raw, current);
+            reject(number, line);
+        }
         if (end == text.size()) break;
         start = end + 1;
     }

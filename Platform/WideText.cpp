@@ -1,6 +1,7 @@
 #include "Platform/WideText.h"
 
 #include <QString>
+#include <QStringDecoder>
 
 namespace platform {
 
@@ -10,6 +11,13 @@ std::string ToUtf8(std::wstring_view text) {
 
 std::wstring FromUtf8(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toStdWString();
+}
+
+bool IsUtf8(std::string_view text) {
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString decoded =
+        decoder.decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
+    return !decoder.hasError();
 }
 
 }  // namespace platform
