@@ -1,11 +1,12 @@
 #include "Platform/Registry.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <mutex>
-#include <sstream>
 
 #include "Platform/AtomicFile.h"
 #include "Platform/DebugOutput.h"
@@ -187,20 +188,30 @@ std::string DefaultHivePath() {
 bool LoadHive(const std::string& path) {
     State& state = Registry();
     std::lock_guard lock(state.mutex);
-    std::error_code error;
-    if (!std::filesystem::exists(path, error)) {
-        Replace(state, {}, path);
-        return !error;
+    std::string text;
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    bool read = fd >= 0;
+    char buffer[16384];
+    while (read) {
+        const ssize_t got = ::read(fd, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) {
+            read = got == 0;
+            break;
+        }
+        text.append(buffer, static_cast<size_t>(got));
     }
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        Replace(state, {}, path);
-        return false;
+    const int error = errno;
+    if (fd >= 0) close(fd);
+    if (!read) {
+        // An empty registry only shows later, as a missing resource: say why here.
+        const std::string message =
+            "registry: cannot read " + path + ": " + std::strerror(error) + "\n";
+        OutputDebugStringW(platform::FromUtf8(message).c_str());
     }
-    std::ostringstream text;
-    text << file.rdbuf();
-    Replace(state, text.str(), path);
-    return true;
+    Replace(state, read ? text : std::string(), path);
+    // A missing file is an empty registry, not a failure.
+    return read || error == ENOENT || error == ENOTDIR;
 }
 
 void LoadHiveFromText(const std::string& text, const std::string& path) {

@@ -39,8 +39,9 @@ std::string DefaultHivePath();
 
 // Replaces the in-memory hive with the file's content (a missing file gives
 // an empty hive). Lines that do not parse are reported on the debug output
-// with their line number and skipped. Returns false if the file exists but
-// cannot be read.
+// with their line number and skipped. A file that cannot be read, missing
+// included, is named on the debug output with the reason. Returns false if
+// the file exists but cannot be read.
 bool LoadHive(const std::string& path);
 // Replaces the in-memory hive with the given .reg text; its file becomes `path`.
 void LoadHiveFromText(const std::string& text, const std::string& path = {});
