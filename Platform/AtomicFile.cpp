@@ -119,6 +119,10 @@ bool WriteFileAtomically(const std::string& path, std::string_view content) {
     return writer.Commit();
 }
 
+bool SyncDirectoryOf(const std::string& path) {
+    return SyncDirectory(DirectoryOf(path));
+}
+
 AtomicFileFaults& InjectAtomicFileFaults() {
     static AtomicFileFaults faults;
     return faults;

@@ -37,6 +37,10 @@ private:
 
 bool WriteFileAtomically(const std::string& path, std::string_view content);
 
+// Puts the directory entry of `path` on storage, so that a file just created
+// survives a power cut. False when the directory could not be flushed.
+bool SyncDirectoryOf(const std::string& path);
+
 // Fault injection for tests: arms one failure of the next such step.
 struct AtomicFileFaults {
     std::atomic<bool> failNextDirectorySync{false};

@@ -1,13 +1,23 @@
 #include "Support/LogFile.h"
 
+#include <unistd.h>
+
 #include <string>
 
+#include "Platform/AtomicFile.h"
 #include "Platform/LocalTime.h"
 
 namespace {
 
 constexpr const char* HeaderRule = "-------------------------------------------------------------";
 static_assert(std::char_traits<char>::length(HeaderRule) == 61);
+
+// On storage, not only in the C library's or the kernel's buffers: the last
+// lines before a power cut are the ones worth reading.
+void Flush(std::FILE* stream) {
+    std::fflush(stream);
+    fdatasync(fileno(stream));
+}
 
 }  // namespace
 
@@ -20,6 +30,8 @@ TLogFile::TLogFile(const char* path, int truncate, int echoToStderr)
       headerWritten(0),
       echoToStderr(echoToStderr) {
     isOpen = stream ? 1 : 0;
+    // A file the open created exists after a power cut only once its name is on storage.
+    if (isOpen) platform::SyncDirectoryOf(path);
 }
 
 TLogFile::~TLogFile() {
@@ -49,13 +61,13 @@ void TLogFile::Warning(char source, const char* text, const char* detail) {
 void TLogFile::WriteValue(const char* name, long value) {
     if (!stream) return;
     std::fprintf(stream, "%s = %ld\n", name, value);
-    std::fflush(stream);
+    Flush(stream);
 }
 
 void TLogFile::WritePair(const char* first, const char* second) {
     if (!stream) return;
     std::fprintf(stream, "%s %s\n", first, second);
-    std::fflush(stream);
+    Flush(stream);
 }
 
 void TLogFile::WriteLevelled(char source, char level, const char* text, const char* detail) {
@@ -74,7 +86,7 @@ void TLogFile::WriteLevelled(char source, char level, const char* text, const ch
         headerWritten = 1;
     }
     std::fprintf(stream, "%s  %c %c\t %s %s\n", timestamp, source, level, text, detail);
-    std::fflush(stream);
+    Flush(stream);
     if (echoToStderr) {
         std::fprintf(stderr, "%s  %c %c\t %s %s\n", timestamp, source, level, text, detail);
         std::fflush(stderr);

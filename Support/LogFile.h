@@ -1,8 +1,8 @@
 #pragma once
 // The diagnostic log. The OTDR module library writes through this object's
 // virtual table, so the order of the virtual operations is an interface:
-// add new ones only at the end. Every line is flushed at once so that the
-// log survives a crash or a power cut.
+// add new ones only at the end. Every line is on storage (fdatasync) before
+// the call that wrote it returns, so the log survives a crash or a power cut.
 
 #include <cstdio>
 

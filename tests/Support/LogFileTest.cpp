@@ -1,11 +1,31 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "Platform/LocalTime.h"
 #include "Support/LogFile.h"
 #include "Support/ScratchDirectory.h"
 #include "Support/VtableSlot.h"
+
+// What each sync found: the file's size, or -1 for a directory.
+std::vector<long> synced;
+
+// Stand in for the C library's, recording what reached storage.
+extern "C" int fdatasync(int fd) {
+    struct stat status {};
+    fstat(fd, &status);
+    synced.push_back(S_ISDIR(status.st_mode) ? -1 : static_cast<long>(status.st_size));
+    static const auto real = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fdatasync"));
+    return real(fd);
+}
+extern "C" int fsync(int fd) {
+    static const auto real = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
+    return fdatasync(fd) == 0 ? real(fd) : -1;
+}
 
 namespace {
 
@@ -48,6 +68,23 @@ TEST_F(LogFileTest, FirstLineFollowsHeaderWithItsTime) {
                          "\n"
                          "05.03.2015 14:07:09'042  U M\t Loading main resource dll... \n"
                          "05.03.2015 23:59:58'999  M E\t InitOTDR failed\n");
+}
+
+// A power cut loses nothing a call has written, the new file's name included.
+TEST_F(LogFileTest, EveryLineIsOnStorageWhenItsCallReturns) {
+    synced.clear();
+    TLogFile log(path.c_str(), 1, 0);
+    EXPECT_EQ(synced, std::vector<long>{-1});
+    const auto onStorage = [&] {
+        return !synced.empty() &&
+               synced.back() == static_cast<long>(std::filesystem::file_size(path));
+    };
+    log.Message('U', "m", nullptr);
+    EXPECT_TRUE(onStorage());
+    log.WriteValue("Board", 1);
+    EXPECT_TRUE(onStorage());
+    log.WritePair("Module", "x");
+    EXPECT_TRUE(onStorage());
 }
 
 TEST_F(LogFileTest, TimestampPadsFieldsButNotYear) {
