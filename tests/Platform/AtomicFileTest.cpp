@@ -24,6 +24,7 @@ protected:
 
 TEST_F(AtomicFileTest, ReplacesTheContentAndKeepsTheMode) {
     ScratchDirectory::Write(target, "old");
+    ScratchDirectory::Write(target + ".tmp", "stale, from a cut write");
     fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
     testing::internal::CaptureStderr();
     {
