@@ -16,63 +16,39 @@ RegistryHive Parse(const std::string& text, std::vector<int>& rejected) {
                                [&](int number, const std::string&) { rejected.push_back(number); });
 }
 
-TEST(RegistryHiveTest, SerializeRoundTripsEveryValueKind) {
-    const std::string text = kVersion +
-                             "\n[HKEY_LOCAL_MACHINE\\Drivers\\BuiltIn\\OLT1]\n"
-                             "\"Dll\"=\"olt1.dll\"\n\"Index\"=dword:00000001\n@=\"default\"\n"
-                             "\n[HKEY_LOCAL_MACHINE\\Software\\Tavix]\n"
-                             "\"Path\"=\"C:\\\\data \\\"x\\\"\\nnext\"\n";
-    std::vector<int> rejected;
-    RegistryHive hive = Parse(text, rejected);
-    EXPECT_TRUE(rejected.empty());
-    EXPECT_EQ(hive.Serialize(), text);
-    EXPECT_EQ(hive.FindKey(L"HKEY_LOCAL_MACHINE\\Software\\Tavix")->values[0].text,
-              L"C:\\data \"x\"\nnext");
-}
-
-struct ValueLine {
-    const char* line;
-    DWORD type;  // 0: rejected
-    const wchar_t* text;
-    DWORD number;
-};
-
-// A rejected line leaves the key without a value and is written back verbatim.
-TEST(RegistryHiveTest, ValueLinesParseOrAreKeptVerbatim) {
-    const ValueLine cases[] = {
-        {"\"a\"=\"x\\\\y\"", 1, L"x\\y", 0},
-        {"@=\"d\"", 1, L"d", 0},
-        {"\"a\"=dword:0a9AfF00", 4, L"", 0x0a9aff00},
-        {"\"a\"=dword:09", 4, L"", 9},
-        {"\"a\"=dword:123456789", 0, L"", 0},
-        {"\"a\"=dword:", 0, L"", 0},
-        {"\"a\"=dword:0g", 0, L"", 0},
-        {"\"a\"=hex:01,02", 0, L"", 0},
-        {"\"a\"=\"x\\qy\"", 0, L"", 0},
-        {"\"a\"=\"x\\", 0, L"", 0},
-        {"\"a\"=\"x", 0, L"", 0},
-        {"\"a\"=\"x\" junk", 0, L"", 0},
-        {"\"a\"", 0, L"", 0},
-        {"\"a\"x\"y\"", 0, L"", 0},
-        {"\"a=\"x\"", 0, L"", 0},
-        {"\"a\"=\"\xff\"", 0, L"", 0},
-        {"\"a\"=\"\xc3\xa9\"", 1, L"\u00e9", 0},
+// A value line is written back in canonical form; one that does not parse
+// leaves the key without a value and is written back verbatim, line end and all.
+TEST(RegistryHiveTest, ValueLinesAreRewrittenOrKeptVerbatim) {
+    const struct {
+        const char* line;
+        const char* written;  // null: rejected
+    } cases[] = {
+        {"\"a\"=\"C:\\\\x \\\"y\\\"\\nz\"", "\"a\"=\"C:\\\\x \\\"y\\\"\\nz\""},
+        {"@=\"d\"", "@=\"d\""},
+        {"\"a\"=dword:0a9AfF00", "\"a\"=dword:0a9aff00"},
+        {"\"a\"=dword:9", "\"a\"=dword:00000009"},
+        {"\"a\"=\"\xc3\xa9\"", "\"a\"=\"\xc3\xa9\""},
+        {"\"a\"=dword:123456789", nullptr},
+        {"\"a\"=dword:", nullptr},
+        {"\"a\"=dword:0g", nullptr},
+        {"\"a\"=hex:01,02", nullptr},
+        {"\"a\"=\"x\\qy\"", nullptr},
+        {"\"a\"=\"x\\", nullptr},
+        {"\"a\"=\"x", nullptr},
+        {"\"a\"=\"x\" junk", nullptr},
+        {"\"a\"", nullptr},
+        {"\"a\"x\"y\"", nullptr},
+        {"\"a=\"x\"", nullptr},
+        {"\"a\"=\"\xff\"", nullptr},
     };
-    for (const ValueLine& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.line);
         std::vector<int> rejected;
-        RegistryHive hive = Parse(kKey + c.line + "\r\n", rejected);
-        const auto& values = hive.FindKey(L"HKEY_LOCAL_MACHINE\\K")->values;
-        EXPECT_EQ(rejected, c.type == 0 ? std::vector<int>{2} : std::vector<int>{});
-        ASSERT_EQ(values.size(), c.type == 0 ? 0u : 1u);
-        if (c.type == 0) {
-            EXPECT_EQ(hive.Serialize(), kVersion + "\n" + kKey + c.line + "\r\n");
-            continue;
-        }
-        EXPECT_EQ(values[0].type, c.type);
-        EXPECT_EQ(values[0].text, c.text);
-        EXPECT_EQ(values[0].number, c.number);
-        EXPECT_EQ(values[0].name, c.line[0] == '@' ? L"" : L"a");
+        const RegistryHive hive = Parse(kKey + c.line + "\r\n", rejected);
+        EXPECT_EQ(rejected, c.written ? std::vector<int>{} : std::vector<int>{2});
+        EXPECT_EQ(
+            hive.Serialize(),
+            kVersion + "\n" + kKey + (c.written ? c.written : c.line + std::string("\r")) + "\n");
     }
 }
 
@@ -87,10 +63,7 @@ TEST(RegistryHiveTest, RejectedHeadersKeepTheirLinesApart) {
     std::vector<int> rejected;
     RegistryHive hive = Parse(text, rejected);
     EXPECT_EQ(rejected, (std::vector<int>{2, 6, 7, 9, 10, 11, 12, 13}));
-    const auto& values = hive.FindKey(L"HKEY_LOCAL_MACHINE\\K")->values;
-    ASSERT_EQ(values.size(), 2u);
-    EXPECT_EQ(values[0].text, L"1");
-    EXPECT_EQ(values[1].text, L"7");
+    EXPECT_EQ(hive.FindKey(L"HKEY_LOCAL_MACHINE\\K")->values[1].text, L"7");
     EXPECT_EQ(hive.FindKey(L"HKEY_LOCAL_MACHINE\\L"), nullptr);
     EXPECT_EQ(hive.Serialize(), kVersion + "\n\"Orphan\"=\"1\"\n\n" + kKey +
                                     "\"v\"=\"1\"\n\"X\"=\"7\"\n" +
@@ -108,8 +81,6 @@ TEST(RegistryHiveTest, KeysExistWithTheirChildrenButNotTheirNamesakes) {
     EXPECT_EQ(hive.FindKey(L"HKEY_LOCAL_MACHINE\\A"), nullptr);
     EXPECT_EQ(&hive.AddKey(L"hkey_local_machine\\ab"), hive.FindKey(L"HKEY_LOCAL_MACHINE\\AB"));
     hive.DeleteKey(L"HKEY_LOCAL_MACHINE\\A");
-    EXPECT_FALSE(hive.KeyExists(L"HKEY_LOCAL_MACHINE\\A\\B"));
-    EXPECT_TRUE(hive.KeyExists(L"HKEY_LOCAL_MACHINE\\AB"));
     EXPECT_EQ(hive.Serialize(), kVersion + "\n[HKEY_LOCAL_MACHINE\\AB]\n");
 }
 

@@ -1,16 +1,5 @@
-opm_add_test(PlatformTests
-  SOURCES
-    ${CMAKE_CURRENT_LIST_DIR}/RegistryTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/RegistryHiveTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/LibraryTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/FatalErrorTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/AtomicFileTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/WindowMessagesTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/ModulePathTest.cpp
-  LIBS Platform Qt6::Core
-  LABELS unit)
-
-# A tiny shared object for the loader tests, placed beside the test executable.
-add_library(platform_test_module SHARED ${CMAKE_CURRENT_LIST_DIR}/TestModule.cpp)
-set_target_properties(platform_test_module PROPERTIES PREFIX "" OUTPUT_NAME "platform_test_module")
-add_dependencies(PlatformTests platform_test_module)
+# The platform layer; the loader and stream-device tests use the simulator's
+# shared objects, built beside the test executable.
+file(GLOB platform_tests CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/*Test.cpp)
+opm_add_test(PlatformTests SOURCES ${platform_tests} LIBS Platform Qt6::Core LABELS unit)
+add_dependencies(PlatformTests tavix_sim_olt tavix_sim_bench)

@@ -1,4 +1,0 @@
-// Loaded by LibraryTest through the platform's loader.
-extern "C" int TestModuleAnswer() {
-    return 42;
-}
