@@ -33,7 +33,8 @@ HANDLE Open(const wchar_t* name, DWORD creation = OPEN_EXISTING) {
     return CreateFileW(name, GENERIC_READ, 0, nullptr, creation, 0, nullptr);
 }
 
-TEST(StreamDevice, ADeviceExistsOnlyWithACompleteConsistentHiveEntry) {
+// A device exists only with a complete, consistent hive entry.
+TEST(StreamDevice, OpensOnlyWhatTheHiveNamesAndPassesTheDriversResults) {
     platform::LoadHiveFromText(kHive);
     const struct {
         const wchar_t* name;
@@ -47,8 +48,8 @@ TEST(StreamDevice, ADeviceExistsOnlyWithACompleteConsistentHiveEntry) {
                  {L"NOX1:", ERROR_PROC_NOT_FOUND}};
     for (const auto& c : cases) {
         const HANDLE handle = Open(c.name);
-        EXPECT_EQ(handle == INVALID_HANDLE_VALUE ? GetLastError() : 0, c.error) << c.name;
-        if (handle != INVALID_HANDLE_VALUE) CloseHandle(handle);
+        EXPECT_EQ(handle == INVALID_HANDLE_VALUE ? GetLastError() : !CloseHandle(handle), c.error)
+            << c.name;
     }
     // "Index" as text names the device too; the driver's own failure comes through.
     ScratchDirectory::Write(bench.Path("b.ini"), "[faults]\nnoOlt1 = 1\n");
@@ -57,10 +58,8 @@ TEST(StreamDevice, ADeviceExistsOnlyWithACompleteConsistentHiveEntry) {
     std::filesystem::remove(bench.Path("b.ini"));
     EXPECT_EQ(Open(L"OLT1:", 1), INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
-}
 
-TEST(StreamDevice, ControlCallsReachTheDriverThroughAnOpenHandleOnly) {
-    platform::LoadHiveFromText(kHive);
+    // Control calls reach the driver through an open handle only.
     const HANDLE device = Open(L"OLT1:");
     DWORD request = sim::olt::kReadPhotodiode, counts = 0, returned = 0;
     EXPECT_TRUE(DeviceIoControl(device, sim::olt::kReadPower, &request, sizeof request, &counts,
