@@ -31,43 +31,32 @@ namespace {
 
 const std::string Rule(61, '-');
 
-SYSTEMTIME At(WORD hour, WORD minute, WORD second, WORD millisecond) {
-    SYSTEMTIME time{};
-    time.wYear = 2015;
-    time.wMonth = 3;
-    time.wDay = 5;
-    time.wHour = hour;
-    time.wMinute = minute;
-    time.wSecond = second;
-    time.wMilliseconds = millisecond;
-    return time;
-}
-
 class LogFileTest : public testing::Test {
 protected:
     void SetUp() override {
         platform::OverrideLocalTime([this] { return now; });
     }
     void TearDown() override { platform::OverrideLocalTime({}); }
-
     std::string Log() const { return ScratchDirectory::Read(path); }
 
-    SYSTEMTIME now = At(14, 7, 9, 42);
+    SYSTEMTIME now{2015, 3, 4, 5, 14, 7, 9, 42};
     ScratchDirectory dir;
     std::string path = dir.Path("PowerMeter.log");
 };
 
-TEST_F(LogFileTest, FirstLineFollowsHeaderWithItsTime) {
+TEST_F(LogFileTest, LinesFollowTheHeaderWithTheirTimeAndLevel) {
     TLogFile log(path.c_str(), 1, 0);
-    ASSERT_TRUE(log.IsOpen());
     log.Message('U', "Loading main resource dll...", nullptr);
-    now = At(23, 59, 58, 999);
+    now = {987, 12, 0, 31, 0, 0, 0, 5};
     log.Error('M', "InitOTDR", "failed");
-    // Every line is flushed at once: the file is complete while the log is open.
-    EXPECT_EQ(Log(), Rule + "\n05.03.2015 14:07:09'042\n\n" + Rule +
-                         "\n"
+    log.Warning('U', "w", "");
+    log.WriteValue("Board", -12345678L);
+    log.WritePair("Module", "tavix_otdr.so");
+    EXPECT_EQ(Log(), Rule + "\n05.03.2015 14:07:09'042\n\n" + Rule + "\n" +
                          "05.03.2015 14:07:09'042  U M\t Loading main resource dll... \n"
-                         "05.03.2015 23:59:58'999  M E\t InitOTDR failed\n");
+                         "31.12.987 00:00:00'005  M E\t InitOTDR failed\n"
+                         "31.12.987 00:00:00'005  U W\t w \n"
+                         "Board = -12345678\nModule tavix_otdr.so\n");
 }
 
 // A power cut loses nothing a call has written, the new file's name included.
@@ -87,113 +76,42 @@ TEST_F(LogFileTest, EveryLineIsOnStorageWhenItsCallReturns) {
     EXPECT_TRUE(onStorage());
 }
 
-TEST_F(LogFileTest, TimestampPadsFieldsButNotYear) {
-    now.wYear = 987;
-    now.wMonth = 12;
-    now.wDay = 31;
-    now.wHour = 0;
-    now.wMinute = 0;
-    now.wSecond = 0;
-    now.wMilliseconds = 5;
-    TLogFile log(path.c_str(), 1, 0);
-    log.Warning('U', "w", "");
-    EXPECT_NE(Log().find("\n31.12.987 00:00:00'005  U W\t w \n"), std::string::npos);
+// Bit 0 errors, bit 1 warnings, bit 2 messages; no line, no header, no echo.
+TEST_F(LogFileTest, WritesAndEchoesOnlyEnabledLevels) {
+    for (const auto& [mask, letters] :
+         {std::pair{-1, "EMW"}, {0, ""}, {1, "E"}, {2, "W"}, {4, "M"}, {6, "MW"}, {8, ""}}) {
+        SCOPED_TRACE(mask);
+        TLogFile log(path.c_str(), 1, 1);
+        log.SetLevels(mask);
+        testing::internal::CaptureStderr();
+        log.Error('U', "e", nullptr);
+        log.Message('U', "m", nullptr);
+        log.Warning('U', "w", nullptr);
+        const std::string echoed = testing::internal::GetCapturedStderr();
+        std::string written;
+        for (const char* marker : {"U E\t e \n", "U M\t m \n", "U W\t w \n"})
+            if (Log().find(marker) != std::string::npos) written += marker[2];
+        EXPECT_EQ(written, letters);
+        // The echo repeats the lines, without the header.
+        EXPECT_EQ(Log(), written.empty()
+                             ? ""
+                             : Rule + "\n05.03.2015 14:07:09'042\n\n" + Rule + "\n" + echoed);
+    }
 }
 
-struct LevelCase {
-    int mask;
-    const char* letters;  // level letters written, in call order E, M, W
-};
-
-class LogFileLevels : public LogFileTest, public testing::WithParamInterface<LevelCase> {};
-
-TEST_P(LogFileLevels, WritesOnlyEnabledLevels) {
-    TLogFile log(path.c_str(), 1, 0);
-    log.SetLevels(GetParam().mask);
-    log.Error('U', "e", nullptr);
-    log.Message('U', "m", nullptr);
-    log.Warning('U', "w", nullptr);
-    std::string letters;
-    const std::string content = Log();
-    for (const char* marker : {"U E\t", "U M\t", "U W\t"})
-        if (content.find(marker) != std::string::npos) letters += marker[2];
-    EXPECT_EQ(letters, GetParam().letters);
-    // No line, no header.
-    EXPECT_EQ(content.empty(), letters.empty());
-}
-
-INSTANTIATE_TEST_SUITE_P(Masks, LogFileLevels,
-                         testing::Values(LevelCase{-1, "EMW"}, LevelCase{0, ""}, LevelCase{1, "E"},
-                                         LevelCase{2, "W"}, LevelCase{4, "M"}, LevelCase{3, "EW"},
-                                         LevelCase{6, "MW"}, LevelCase{8, ""}));
-
-TEST_F(LogFileTest, AllLevelsEnabledAfterConstruction) {
-    TLogFile log(path.c_str(), 1, 0);
-    log.Error('U', "e", nullptr);
-    log.Message('U', "m", nullptr);
-    log.Warning('U', "w", nullptr);
-    const std::string content = Log();
-    EXPECT_NE(content.find("U E\t e \n"), std::string::npos);
-    EXPECT_NE(content.find("U M\t m \n"), std::string::npos);
-    EXPECT_NE(content.find("U W\t w \n"), std::string::npos);
-}
-
-TEST_F(LogFileTest, TruncateRewritesAppendKeepsAndEachObjectHasItsHeader) {
+TEST_F(LogFileTest, AppendKeepsTruncateRewritesAFailedOpenIsSilent) {
     ScratchDirectory::Write(path, "previous run\n");
-    {
-        TLogFile log(path.c_str(), 0, 0);
-        log.Message('U', "a", nullptr);
-    }
+    for (int run = 0; run < 2; ++run) TLogFile(path.c_str(), 0, 0).Message('U', "a", nullptr);
     EXPECT_EQ(Log().rfind("previous run\n" + Rule, 0), 0u);
-    {
-        TLogFile log(path.c_str(), 0, 0);
-        log.Message('U', "b", nullptr);
-    }
-    size_t headers = 0;
-    for (size_t at = Log().find("\n\n" + Rule); at != std::string::npos;
-         at = Log().find("\n\n" + Rule, at + 1))
-        ++headers;
-    EXPECT_EQ(headers, 2u);
+    EXPECT_NE(Log().find("\n\n" + Rule, Log().find("U M") + 1), std::string::npos);
     { TLogFile log(path.c_str(), 1, 0); }
     EXPECT_EQ(Log(), "");
-}
-
-TEST_F(LogFileTest, UnlevelledWritesHaveNoTimeNoHeaderNoLevelCheck) {
-    TLogFile log(path.c_str(), 1, 0);
-    log.SetLevels(0);
-    log.WriteValue("Board", -12345678L);
-    log.WritePair("Module", "tavix_otdr.so");
-    EXPECT_EQ(Log(), "Board = -12345678\nModule tavix_otdr.so\n");
-}
-
-TEST_F(LogFileTest, EchoRepeatsLinesWithoutHeaderOnStderr) {
-    TLogFile log(path.c_str(), 1, 1);
+    TLogFile missing(dir.Path("no/such/dir/x.log").c_str(), 1, 1);
+    EXPECT_FALSE(missing.IsOpen());
     testing::internal::CaptureStderr();
-    log.Message('U', "shown twice", "x");
-    log.SetLevels(1);
-    log.Message('U', "dropped", "x");
-    const std::string echoed = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(echoed, "05.03.2015 14:07:09'042  U M\t shown twice x\n");
-    EXPECT_NE(Log().find(Rule), std::string::npos);
-}
-
-TEST_F(LogFileTest, NoEchoWithoutFlag) {
-    TLogFile log(path.c_str(), 1, 0);
-    testing::internal::CaptureStderr();
-    log.Message('U', "quiet", nullptr);
+    missing.Error('U', "e", nullptr);
+    missing.WriteValue("Board", 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
-TEST_F(LogFileTest, FailedOpenIsSilent) {
-    const std::string missing = dir.Path("no/such/dir/PowerMeter.log");
-    TLogFile log(missing.c_str(), 1, 1);
-    EXPECT_FALSE(log.IsOpen());
-    testing::internal::CaptureStderr();
-    log.Error('U', "e", nullptr);
-    log.Message('U', "m", nullptr);
-    log.Warning('U', "w", nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_FALSE(std::filesystem::exists(missing));
 }
 
 // The OTDR module library calls through these slots.
