@@ -39,14 +39,11 @@ TEST(LenUnitTest, ConvertsAndNamesInEachUnit) {
         TLenUnit u = Unit(c.unit), km;
         EXPECT_EQ(u.GetUnit(), c.unit);
         EXPECT_EQ(u.ToKm(1.0), c.toKm);
-        EXPECT_EQ(km.ToKm(1.0, c.unit), c.toKm);
         EXPECT_EQ(u.FromKm(1.0), c.fromKm);
-        EXPECT_EQ(km.FromKm(1.0, c.unit), c.fromKm);
         EXPECT_EQ(u.KmToShortUnit(1.0), c.shortUnit);
         EXPECT_EQ(u.AttenuationFromKm(1.0), c.attenuationFrom);
         EXPECT_EQ(u.AttenuationToKm(1.0), c.attenuationTo);
         EXPECT_EQ(u.GetDecimals(), c.decimals);
-        EXPECT_EQ(km.GetDecimals(c.unit), c.decimals);
         EXPECT_STREQ(u.GetUnitKeyword(), c.keyword);
         EXPECT_EQ(u.ParseUnitKeyword(c.keyword), c.unit > 0 && c.unit < 5 ? c.unit : 0);
         EXPECT_STREQ(u.GetUnitName(), c.name);

@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -116,12 +117,11 @@ TEST_F(LogFileTest, AppendKeepsTruncateRewritesAFailedOpenIsSilent) {
 
 // The OTDR module library calls through these slots.
 TEST(LogFileInterfaceTest, VirtualSlotOrderIsTheModuleInterface) {
-    EXPECT_EQ(VtableSlot(&TLogFile::SetLevels), 0);
-    EXPECT_EQ(VtableSlot(&TLogFile::Error), 1);
-    EXPECT_EQ(VtableSlot(&TLogFile::Message), 2);
-    EXPECT_EQ(VtableSlot(&TLogFile::Warning), 3);
-    EXPECT_EQ(VtableSlot(&TLogFile::WriteValue), 4);
-    EXPECT_EQ(VtableSlot(&TLogFile::WritePair), 5);
+    const std::ptrdiff_t slots[] = {
+        VtableSlot(&TLogFile::SetLevels),  VtableSlot(&TLogFile::Error),
+        VtableSlot(&TLogFile::Message),    VtableSlot(&TLogFile::Warning),
+        VtableSlot(&TLogFile::WriteValue), VtableSlot(&TLogFile::WritePair)};
+    EXPECT_THAT(slots, testing::ElementsAre(0, 1, 2, 3, 4, 5));
 }
 
 }  // namespace
