@@ -33,9 +33,9 @@ const ToolRow kToolRows[] = {
      "input.dBm", "-23.5"},
     {"[input]\n  dBm = -10   ; not a comment\ndBm = 2\nwavelength=1310\n", {"set", "input.dBm", " -7 "},
      0, "", "[input]\n  dBm = -10   ; not a comment\ndBm = -7\nwavelength=1310\n", "input.dBm", "-7"},
-    {"", {"set", "faults.failIoControl", "44"}, 0, "", "\n[faults]\nfailIoControl = 0x0000002C\n",
+    {"", {"set", "faults.failIoControl", "44"}, 0, "", "[faults]\nfailIoControl = 0x0000002C\n",
      "faults.failIoControl", "0x0000002C"},
-    {"", {"set", "bluetooth.adapter", "5"}, 0, "", "\n[bluetooth]\nadapter = error\n",
+    {"", {"set", "bluetooth.adapter", "5"}, 0, "", "[bluetooth]\nadapter = error\n",
      "bluetooth.adapter", "error"},
     {"[loopback]\nenabled = 1\n", {"unset", "loopback.enabled"}, 0, "", "[loopback]\n",
      "loopback.enabled", "0"},
@@ -65,9 +65,10 @@ TEST(BenchTool, EachRequestGivesItsCodeAndTheSimulatorReadsTheFile) {
         EXPECT_NE((row.code == 0 ? out : err).str().find(row.output), std::string::npos)
             << out.str() << err.str();
         EXPECT_EQ(simtest::ReadText(file.path), row.after.empty() ? row.before : row.after);
-        if (row.key)
+        if (row.key) {
             EXPECT_EQ(GetBenchValue(*Bench::Instance().Settings(), *FindBenchKey(row.key)),
                       row.value);
+        }
     }
 }
 
