@@ -90,7 +90,8 @@ std::vector<std::string> SweepSlot(int slot) {
                 (step.range >= 0 && steady->range != step.range))
                 failures.push_back("input " + at + " read " + Dbm(steady->dBm) + " in range " +
                                    std::to_string(steady->range) + ", expected " +
-                                   Dbm(step.expected) + " in range " + std::to_string(step.range));
+                                   Dbm(step.expected) +
+                                   (step.range < 0 ? "" : " in range " + std::to_string(step.range)));
             for (int range : {0, 1}) {
                 if (step.input != band[range]) continue;
                 if (std::isnan(rising[range])) rising[range] = steady->dBm;
