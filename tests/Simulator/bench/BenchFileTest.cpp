@@ -45,8 +45,6 @@ const ToolRow kToolRows[] = {
     {"", {"set", "input.dBm", "31"}, 1, "input.dBm: 31 is outside -200 .. 30"},
     {"", {"set", "input.dBm", "-23.5dB"}, 1, "'-23.5dB' is not a number"},
     {"", {"set", "input.wavelength", "1310.5"}, 1, "not a whole number"},
-    {"", {"set", "input.enabled", "maybe"}, 1, "input.enabled"},
-    {"", {"set", "module.modelTag", "bad\ttab"}, 1, "module.modelTag"},
     {"", {"set", "peers.Phone", "localhost"}, 1, "is not host:port"},
     {"", {"get", "peers.Nobody"}, 1, "no peer Nobody"},
     {"", {"set", "input.power", "1"}, 1, "unknown key input.power"},

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <memory>
 #include <sstream>
 #include <string>
 
@@ -22,43 +21,26 @@ using InitOTDRProc = int (*)(int, const char*, int);
 using ServiceFunctionProc = int (*)(int, void*, void*);
 }
 
-class OtdrModule : public testing::Test {
-protected:
-    void SetUp() override {
-        module = LoadLibraryW(L"tavix_otdr.dll");
-        ASSERT_NE(module, nullptr);
-        init = Resolve<DllInitProc>(L"DllInit");
-        initOtdr = Resolve<InitOTDRProc>(L"InitOTDR");
-        service = Resolve<ServiceFunctionProc>(L"ServiceFunction");
-        ASSERT_TRUE(log.IsOpen() && init && initOtdr && service);
-    }
-    void TearDown() override {
-        init("", nullptr, nullptr);  // the module must not keep this test's log
-        FreeLibrary(module);
-    }
-    template <typename Proc>
-    Proc Resolve(const wchar_t* name) {
-        return reinterpret_cast<Proc>(GetProcAddressW(module, name));
-    }
+TEST(OtdrModule, EachCallAnswersAndLogsAsTheBenchSays) {
+    simtest::TempBench bench;
+    TLogFile log((bench.directory + "/PowerMeter.log").c_str(), 1, 0);
+    TLenUnit lenUnit;
+    const HMODULE module = LoadLibraryW(L"tavix_otdr.dll");
+    ASSERT_TRUE(module && log.IsOpen());
+    const auto init = reinterpret_cast<DllInitProc>(GetProcAddressW(module, L"DllInit"));
+    const auto initOtdr = reinterpret_cast<InitOTDRProc>(GetProcAddressW(module, L"InitOTDR"));
+    const auto service =
+        reinterpret_cast<ServiceFunctionProc>(GetProcAddressW(module, L"ServiceFunction"));
+    ASSERT_TRUE(init && initOtdr && service);
     // The module's last line, without the timestamp.
-    std::string LastLine() const {
+    auto lastLine = [&] {
         std::istringstream file(simtest::ReadText(bench.directory + "/PowerMeter.log"));
         std::string last;
         for (std::string line; std::getline(file, line);)
             if (line.find("  O ") != std::string::npos) last = line.substr(line.find("  O ") + 2);
         return last;
-    }
+    };
 
-    simtest::TempBench bench;
-    TLogFile log{(bench.directory + "/PowerMeter.log").c_str(), 1, 0};
-    TLenUnit lenUnit;
-    HMODULE module = nullptr;
-    DllInitProc init = nullptr;
-    InitOTDRProc initOtdr = nullptr;
-    ServiceFunctionProc service = nullptr;
-};
-
-TEST_F(OtdrModule, EachCallAnswersAndLogsAsTheBenchSays) {
     enum Call { kDllInit, kInitOtdr, kLaser, kService };
     struct Step {
         const char* bench;  // written first; nullptr keeps the file
@@ -98,10 +80,12 @@ TEST_F(OtdrModule, EachCallAnswersAndLogsAsTheBenchSays) {
                            : step.call == kLaser    ? service(741, &word, nullptr)
                                                     : service(step.argument, &size, &text);
         EXPECT_EQ(result, step.result) << step.line;
-        EXPECT_EQ(LastLine(), step.line);
+        EXPECT_EQ(lastLine(), step.line);
         EXPECT_EQ(text ? step.line.substr(step.line.rfind(' ') + 1) : "", text ? text : "");
     }
     EXPECT_EQ(service(741, nullptr, nullptr), 0) << "no laser word";
+    init("", nullptr, nullptr);  // the module must not keep this test's log
+    FreeLibrary(module);
 }
 
 }  // namespace
