@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <iterator>
+#include <numbers>
 
 namespace sim {
 namespace {
@@ -44,7 +45,7 @@ double Photodiode::NominalResponsivity(int wavelength) {
 
 double Photodiode::WindowRipple(int wavelength) {
     const double turns = (wavelength - kRippleCrestNm) / kRipplePeriodNm;
-    return 1.0 + kRippleDepth * std::cos(2.0 * M_PI * turns);
+    return 1.0 + kRippleDepth * std::cos(2.0 * std::numbers::pi * turns);
 }
 
 double Photodiode::UnitResponsivity(int wavelength) {
