@@ -79,8 +79,7 @@ std::string FactoryIniText(const BenchSettings& bench) {
     text += "\n[FactoryCalibration]\n" + CommonSet(data, own);
     text += "\n[FactoryCalibration_" + tag + "]\n" + UnitSet(data, own);
     for (const FactorySet* set : {&FactorySetPM1(), &FactorySetPM2()}) {
-        text += "\n[FactoryCalibration_xxxx" + std::string(set->mode) + "]\n" +
-                UnitSet(data, *set);
+        text += "\n[FactoryCalibration_xxxx" + std::string(set->mode) + "]\n" + UnitSet(data, *set);
         text += "\n[WaveLengths_" + std::string(set->mode) + "]\n" + WaveLengthTable(*set);
     }
     text += "\n[UserCalibration]\n";

@@ -9,7 +9,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 
 #include "Simulator/bench/Bench.h"
@@ -18,9 +18,7 @@ namespace simtest {
 
 inline std::string ReadText(const std::string& path) {
     std::ifstream file(path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 // Runs a shell command for at most two minutes; its exit code, or -1 (with a

@@ -98,7 +98,8 @@ public:
         make.start(OPM_MAKE_IMAGE, {OPM_BUILD_DIR, QString::fromStdString(dir)});
         std::string error;
         if (!Finish(make, kRunLimitMs, "make-image.sh", error) || make.exitCode() != 0)
-            throw std::runtime_error("make-image.sh failed: " + error + make.readAll().toStdString());
+            throw std::runtime_error("make-image.sh failed: " + error +
+                                     make.readAll().toStdString());
         WriteBench("");
     }
     ~ProbeImage() {
@@ -121,7 +122,8 @@ public:
         environment.remove("TAVIX_REGISTRY");
         process->setProcessEnvironment(environment);
         // Run from elsewhere: the probe must find the image through its own path.
-        process->setWorkingDirectory(QString::fromStdString(std::filesystem::temp_directory_path()));
+        process->setWorkingDirectory(
+            QString::fromStdString(std::filesystem::temp_directory_path()));
         process->start(QString::fromStdString(dir) + "opm-probe", arguments);
         return std::make_unique<Probe>(std::move(process));
     }

@@ -27,11 +27,11 @@ struct Row {
     std::string bench;
     QStringList arguments;
     int exitCode;
-    std::string errors = {};  // part of standard error
-    Lines log = {};           // application lines ('U M'), one after another
-    Lines header = {};        // among the '#' lines
+    std::string errors = {};           // part of standard error
+    Lines log = {};                    // application lines ('U M'), one after another
+    Lines header = {};                 // among the '#' lines
     std::optional<double> reads = {};  // dBm, every reading
-    const char* iniKey = nullptr;  // in [iniSection] of the calibration file afterwards
+    const char* iniKey = nullptr;      // in [iniSection] of the calibration file afterwards
     const char* iniSection = nullptr;
     double iniValue = 0.0;
     bool withoutIni = false;  // etc_gui/opm.ini removed
@@ -41,6 +41,7 @@ const sim::FactoryData kFactory = sim::DeriveFactoryData(sim::BenchSettings{});
 const std::string kLoopback =
     "[input]\nenabled = 0\n[loopback]\nenabled = 1\nlossDb = 3\n[laser2]\ndBm = -4.5\n";
 
+// clang-format off
 const Row kRows[] = {
     {"LaserLoopedBackThroughA3dBCord", kLoopback, {"-w", "4", "-l", "1", "-s", "1", "-n", "2"}, 0,
      "", {}, {"# wavelength 1550 nm"}, -7.5},
@@ -52,7 +53,7 @@ const Row kRows[] = {
      kFactory.zeroCounts[0]},
     {"ZeroingInTheDarkTakesTheDriftedOffset", "[input]\nenabled = 0\n[adc]\noffset0 = 4000\n",
      {"-z", "-s", "0", "-n", "1"}, 0, "", {}, {}, {}, "Zero0", "UserCalibration",
-     kFactory.zeroCounts[0] + 4000 - 1800},
+     kFactory.zeroCounts[0] + 4000 - sim::BenchSettings{}.adc.offsetCounts[0]},
     // A window that passes 80 %: the reference makes the meter read true again.
     {"CalibratingToAReference", "[detector]\nresponsivityScale = 0.8\n[input]\ndBm = -20\n",
      {"-w", "4", "-c", "-20", "-s", "1", "-n", "2"}, 0, "", {}, {}, -20.0, "WaveCentralCoeff4",
@@ -78,6 +79,7 @@ const Row kRows[] = {
     {"NoMeasurementInTime", "[adc]\nconversionUs = 50000\n", {"-t", "1", "-n", "1"}, 6,
      "no measurement arrived"},
 };
+// clang-format on
 
 Lines ApplicationLogLines(const e2e::ProbeImage& image) {
     Lines lines;

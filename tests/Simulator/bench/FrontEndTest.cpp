@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "Simulator/bench/PowerMeterFrontEnd.h"
@@ -21,13 +22,9 @@ PowerMeterFrontEnd InRange2() {
     return frontEnd;
 }
 
-struct Statistics {
-    double mean = 0.0;
-    double deviation = 0.0;
-};
-
 // 40000 conversions of `watts` at 1550 nm in range 2 with the bench's noise.
-Statistics Sample(double adcCounts, double relative, double watts) {
+// Mean above the offset and standard deviation, counts.
+std::pair<double, double> Sample(double adcCounts, double relative, double watts) {
     BenchSettings bench;
     bench.noise = {adcCounts, relative, 1};
     PowerMeterFrontEnd frontEnd = InRange2();
@@ -45,11 +42,11 @@ Statistics Sample(double adcCounts, double relative, double watts) {
 
 TEST(PowerMeterFrontEnd, AdcNoiseIsAbsoluteAroundTheOffsetAndOpticalNoiseRelative) {
     // Standard error of the mean 0.05 counts; of the deviation about 0.4 %.
-    const Statistics dark = Sample(10.0, 0.0, 0.0);
-    EXPECT_NEAR(dark.mean, 0.0, 0.3);
-    EXPECT_NEAR(dark.deviation, 10.0, 0.3);
-    const Statistics lit = Sample(0.0, 0.01, 1e-3);
-    EXPECT_NEAR(lit.deviation / lit.mean, 0.01, 0.0003);
+    const auto [darkMean, darkDeviation] = Sample(10.0, 0.0, 0.0);
+    EXPECT_NEAR(darkMean, 0.0, 0.3);
+    EXPECT_NEAR(darkDeviation, 10.0, 0.3);
+    const auto [litMean, litDeviation] = Sample(0.0, 0.01, 1e-3);
+    EXPECT_NEAR(litDeviation / litMean, 0.01, 0.0003);
 }
 
 TEST(PowerMeterFrontEnd, TheSameSeedRepeatsTheRunAndAnotherSeedDoesNot) {

@@ -52,6 +52,7 @@ TEST(OtdrModule, EachCallAnswersAndLogsAsTheBenchSays) {
     };
     const std::string ready = "O M\t simulated OTDR module ready, bench: " + bench.path;
     const std::string failing = "O E\t OTDR board does not answer: attempt ";
+    // clang-format off
     const Step steps[] = {
         {"[faults]\ninitOtdrFailures = 2\n[module]\nidDll = TVX-SIM\n", kDllInit, 0, "", 0, ready},
         {nullptr, kInitOtdr, 109, "TVX-SIM", 3, failing + "1 (bench fault: 2 failures)"},
@@ -70,6 +71,7 @@ TEST(OtdrModule, EachCallAnswersAndLogsAsTheBenchSays) {
         {nullptr, kService, 700, "", 0, "O E\t unknown service function: 700"},
         {"[module]\nmodelTag = X7\n", kService, 715, "", 1, "O M\t identification: OTDR-SIM+TVX-SIM-0001+1.0.0+X7"},
     };
+    // clang-format on
     for (const Step& step : steps) {
         if (step.bench) bench.Write(step.bench);
         std::uint32_t word = static_cast<std::uint32_t>(step.argument);
