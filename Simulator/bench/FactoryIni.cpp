@@ -28,13 +28,22 @@ std::string WaveLengthTable(const FactorySet& set) {
     return text;
 }
 
-// The five coefficient keys; `mode` adds the key that selects the wavelength table.
-std::string CoefficientSet(const FactoryData& data, const FactorySet& set, bool withMode) {
-    std::string text = withMode ? Line("Mode", set.mode) : "";
-    text += Line("RefPowerCoeff", Format("%.6f", data.refPowerCoeff));
+// The product line's coefficients, from the data sheet, which every unit reads first.
+std::string CommonSet(const FactoryData& data, const FactorySet& set) {
+    std::string text = Line("RefPowerCoeff", Format("%.6f", 0.0));
     text += Line("CalibrFreeCoeff", Format("%.6f", data.calibrFreeCoeff));
     text += Line("ThreshSwitchUp", Format("%g", data.threshSwitchUp));
     text += Line("ThreshSwitchDown", Format("%g", data.threshSwitchDown));
+    for (size_t i = 0; i < set.wavelengths.size(); ++i)
+        text += Line(Indexed("WaveCentralCoeff", i),
+                     Format("%.6f", FactoryData::NominalWaveCentralCoeff(set.wavelengths[i])));
+    return text;
+}
+
+// What the factory measured on this unit; it overrides the product line's values.
+std::string UnitSet(const FactoryData& data, const FactorySet& set) {
+    std::string text = Line("Mode", set.mode);
+    text += Line("RefPowerCoeff", Format("%.6f", data.refPowerCoeff));
     for (size_t i = 0; i < set.wavelengths.size(); ++i)
         text += Line(Indexed("WaveCentralCoeff", i),
                      Format("%.6f", FactoryData::WaveCentralCoeff(set.wavelengths[i])));
@@ -59,18 +68,18 @@ std::string FactoryIniText(const BenchSettings& bench) {
     const std::string& tag = bench.module.modelTag;
     std::string text;
     text += "; Factory data of the simulated model " + tag + " (written by opm-bench factory).\n";
-    text += "; n = S(lambda) * P * R / Vfs with Vfs = 2.5 V, R in kOhm, MaxADC = full scale:\n";
-    text += "; CalibrFreeCoeff = 10 lg(Vfs), WaveCentralCoeff = -10 lg(S(lambda) in A/W),\n";
-    text += "; Zero = ADC offset + dark current * R / Vfs * MaxADC for each range.\n";
+    text += "; n = S(lambda) * P * R / Vmax, R in kOhm, Vmax the volts at MaxADC:\n";
+    text += "; CalibrFreeCoeff = 10 lg(Vmax), WaveCentralCoeff = -10 lg(S(lambda) in A/W),\n";
+    text += "; RefPowerCoeff = the port's loss; the common section has the data sheet's S,\n";
+    text += "; the model's section this unit's. Zero = ADC offset + dark current * R.\n";
     text += "\n[WaveLengths]\n" + WaveLengthTable(own);
     text += "\n[Hardware]\n" + Line("MaxADC", Format("%.0f", data.maxAdc));
     for (size_t i = 0; i < data.resistorKiloOhms.size(); ++i)
         text += Line(Indexed("Resistor", i), Format("%g", data.resistorKiloOhms[i]));
-    text += "\n[FactoryCalibration]\n" + CoefficientSet(data, own, false);
-    text += "\n[FactoryCalibration_" + tag + "]\n" + CoefficientSet(data, own, true);
+    text += "\n[FactoryCalibration]\n" + CommonSet(data, own);
+    text += "\n[FactoryCalibration_" + tag + "]\n" + UnitSet(data, own);
     for (const FactorySet* set : {&FactorySetPM1(), &FactorySetPM2()}) {
-        text += "\n[FactoryCalibration_xxxx" + std::string(set->mode) + "]\n" +
-                CoefficientSet(data, *set, true);
+        text += "\n[FactoryCalibration_xxxx" + std::string(set->mode) + "]\n" + UnitSet(data, *set);
         text += "\n[WaveLengths_" + std::string(set->mode) + "]\n" + WaveLengthTable(*set);
     }
     text += "\n[UserCalibration]\n";

@@ -1,6 +1,8 @@
 #include "Simulator/bench/Photodiode.h"
 
+#include <cmath>
 #include <iterator>
+#include <numbers>
 
 namespace sim {
 namespace {
@@ -17,6 +19,11 @@ constexpr Point kCurve[] = {
     {1200, 0.81}, {1300, 0.86}, {1310, 0.87}, {1400, 0.92}, {1490, 0.96},
     {1550, 0.98}, {1600, 1.00}, {1625, 1.01}, {1650, 0.99}, {1700, 0.55},
 };
+
+// A fringe of 20 nm with its crest at 1310 nm: 1300 nm lies in a trough.
+constexpr double kRippleDepth = 0.04;
+constexpr double kRipplePeriodNm = 20.0;
+constexpr int kRippleCrestNm = 1310;
 
 }  // namespace
 
@@ -36,8 +43,17 @@ double Photodiode::NominalResponsivity(int wavelength) {
     return 0.0;
 }
 
+double Photodiode::WindowRipple(int wavelength) {
+    const double turns = (wavelength - kRippleCrestNm) / kRipplePeriodNm;
+    return 1.0 + kRippleDepth * std::cos(2.0 * std::numbers::pi * turns);
+}
+
+double Photodiode::UnitResponsivity(int wavelength) {
+    return kPortTransmission * WindowRipple(wavelength) * NominalResponsivity(wavelength);
+}
+
 double Photodiode::Responsivity(int wavelength) const {
-    return scale * NominalResponsivity(wavelength);
+    return scale * UnitResponsivity(wavelength);
 }
 
 double Photodiode::SignalCurrent(const std::vector<Light>& lights) const {

@@ -1,5 +1,6 @@
 #pragma once
-// The meter's InGaAs photodiode: photocurrent from the light that reaches it.
+// The meter's InGaAs photodiode behind the port: photocurrent from the light
+// that reaches it.
 
 #include <vector>
 
@@ -12,11 +13,21 @@ struct Light {
 
 class Photodiode {
 public:
+    // The port's connector and the detector's window pass this share of the
+    // light at every wavelength.
+    static constexpr double kPortTransmission = 0.9;
+
     Photodiode(double darkAmps, double responsivityScale);
 
-    // A/W at `wavelength`, interpolated between the data sheet's points;
-    // 0 outside the detector's band.
+    // A/W at `wavelength` as the data sheet gives it, interpolated between its
+    // points; 0 outside the detector's band.
     static double NominalResponsivity(int wavelength);
+    // This unit's window ripples with wavelength (a thin-film fringe), so two
+    // close wavelengths such as 1300 and 1310 nm differ by far more than the
+    // data sheet's curve says. Mean 1.
+    static double WindowRipple(int wavelength);
+    // A/W from the light at the port, of the fitted unit.
+    static double UnitResponsivity(int wavelength);
     double Responsivity(int wavelength) const;
     // Photocurrent without the dark current, amperes.
     double SignalCurrent(const std::vector<Light>& lights) const;

@@ -1,7 +1,5 @@
 #include "Simulator/bench/PowerMeterFrontEnd.h"
 
-#include <limits>
-
 #include "Simulator/bench/Adc.h"
 
 namespace sim {
@@ -17,26 +15,20 @@ void PowerMeterFrontEnd::Reseed(int newSeed) {
     gauss.reset();
 }
 
-double PowerMeterFrontEnd::OutputVolts(const BenchSettings& settings,
-                                       const std::vector<Light>& lights, double feedbackOhms) {
-    const Photodiode diode = Detector(settings);
-    return (diode.SignalCurrent(lights) + diode.DarkCurrent()) * feedbackOhms;
-}
-
 std::int32_t PowerMeterFrontEnd::Convert(const BenchSettings& settings,
                                          const std::vector<Light>& lights) {
     if (!enabled) return 0;
     if (settings.noise.seed != seed) Reseed(settings.noise.seed);
     const int range = amplifier.Range();
     if (range == TransimpedanceAmplifier::kOpenLoop)
-        return Adc::Convert(std::numeric_limits<double>::infinity(), 0.0, 0.0);
+        return Adc::Convert(TransimpedanceAmplifier::kRailVolts, 0.0, 0.0);
 
     const Photodiode diode = Detector(settings);
     const double signal = diode.SignalCurrent(lights);
     const double amps =
         signal * (1.0 + settings.noise.relative * gauss(generator)) + diode.DarkCurrent();
     const double noise = settings.noise.adcCounts * gauss(generator);
-    return Adc::Convert(amps * amplifier.FeedbackOhms(), settings.adc.offsetCounts[range], noise);
+    return Adc::Convert(amplifier.OutputVolts(amps), settings.adc.offsetCounts[range], noise);
 }
 
 }  // namespace sim

@@ -25,10 +25,6 @@ public:
     // One conversion of the light at the port. An unpowered front end reads 0.
     std::int32_t Convert(const BenchSettings& settings, const std::vector<Light>& lights);
 
-    // The amplifier's output without noise, volts (infinite for an open loop).
-    static double OutputVolts(const BenchSettings& settings, const std::vector<Light>& lights,
-                              double feedbackOhms);
-
 private:
     void Reseed(int seed);
 

@@ -1,19 +1,35 @@
 #pragma once
 // A bench file of its own for each test, in a temporary directory, so that
-// no test sees another's bench or the one beside the build.
+// no test sees another's bench or the one beside the build; and child
+// processes that cannot hang a test.
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/wait.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 
 #include "Simulator/bench/Bench.h"
 
 namespace simtest {
+
+inline std::string ReadText(const std::string& path) {
+    std::ifstream file(path);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// Runs a shell command for at most two minutes; its exit code, or -1 (with a
+// failure naming what hung) when it had to be stopped.
+inline int RunBounded(const std::string& command, const std::string& what) {
+    const int status = std::system(("timeout -k 5 120 " + command).c_str());
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    if (code != 124 && code != 137) return code;
+    ADD_FAILURE() << what << " did not finish within 120 s";
+    return -1;
+}
 
 class TempBench {
 public:
@@ -37,15 +53,8 @@ public:
 
     // Replaces the file as an editor that saves atomically would.
     void Write(const std::string& text) const {
-        const std::string next = path + ".new";
-        std::ofstream(next) << text;
-        std::filesystem::rename(next, path);
-    }
-    std::string Read() const {
-        std::ifstream file(path);
-        std::ostringstream text;
-        text << file.rdbuf();
-        return text.str();
+        std::ofstream(path + ".new") << text;
+        std::filesystem::rename(path + ".new", path);
     }
 
     std::string directory;

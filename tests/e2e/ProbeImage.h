@@ -1,73 +1,138 @@
 #pragma once
-// A throw-away instrument image on the simulated instrument, with its bench
-// and the opm-probe service tool run from it. Paths of the build come from
-// the build system.
+// A throw-away instrument image on the simulated instrument, and opm-probe
+// run from it. Paths of the build come from the build system. Every wait for
+// a child process is bounded and says what it waited for.
 
 #include <QProcess>
-#include <QStringList>
+#include <QProcessEnvironment>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace e2e {
 
-// One line of opm-probe's output.
+// Limits that matter only when something hangs.
+constexpr int kLineLimitMs = 20000;
+constexpr int kRunLimitMs = 120000;
+
+// One line of opm-probe's output: dBm, unclamped dBm, range, normalised value.
 struct Reading {
     double dBm = 0.0;
-    double unclamped = 0.0;
     int range = -1;
-    double normalized = 0.0;
 };
 
-struct ProbeRun {
-    int exitCode = -1;
-    std::vector<std::string> header;  // the '#' lines
-    std::vector<Reading> readings;
-    std::string errors;  // standard error
-};
+// Waits for the process within `limitMs`; otherwise kills it and says what hung.
+inline bool Finish(QProcess& process, int limitMs, const std::string& what, std::string& error) {
+    if (process.state() == QProcess::NotRunning || process.waitForFinished(limitMs)) return true;
+    process.kill();
+    process.waitForFinished(kLineLimitMs);
+    error = what + " did not finish within " + std::to_string(limitMs / 1000) + " s";
+    return false;
+}
 
-// opm-probe running with --follow, read line by line while the bench changes.
-class ProbeSession {
+// opm-probe, read line by line: the '#' lines gather in the header.
+class Probe {
 public:
-    explicit ProbeSession(std::unique_ptr<QProcess> process);
-    ~ProbeSession();
-    // The next reading; nothing when none arrives within a generous limit.
-    std::optional<Reading> Next();
+    explicit Probe(std::unique_ptr<QProcess> process) : process(std::move(process)) {}
+    ~Probe() { Stop(); }
+
+    // The next reading; nothing when the probe ended or printed nothing for a long time.
+    std::optional<Reading> Next() {
+        for (;;) {
+            while (!process->canReadLine())
+                if (process->state() == QProcess::NotRunning ||
+                    !process->waitForReadyRead(kLineLimitMs))
+                    return std::nullopt;
+            if (std::optional<Reading> reading = Parse(process->readLine().trimmed().toStdString()))
+                return reading;
+        }
+    }
     // Drops what the probe printed so far.
-    void Drop();
-    // Interrupts the probe and waits for it; its exit code.
-    int Stop();
-    const std::vector<std::string>& Header() const { return header; }
+    void Drop() {
+        process->waitForReadyRead(0);
+        while (process->canReadLine()) Parse(process->readLine().trimmed().toStdString());
+    }
+    // Waits for the probe to end (interrupting it first if asked); its exit
+    // code, or -1 with the reason in `errors`.
+    int Stop(bool interrupt = true) {
+        if (interrupt) process->terminate();
+        if (!Finish(*process, interrupt ? kLineLimitMs : kRunLimitMs, "opm-probe", errors))
+            return -1;
+        errors += process->readAllStandardError().toStdString();
+        return process->exitStatus() == QProcess::NormalExit ? process->exitCode() : -1;
+    }
+
+    std::vector<std::string> header;
+    std::string errors;
 
 private:
-    std::optional<std::string> NextLine();
+    std::optional<Reading> Parse(const std::string& line) {
+        std::istringstream text(line);
+        Reading reading;
+        double unclamped = 0.0;
+        if (line.rfind('#', 0) == 0) header.push_back(line);
+        if (text >> reading.dBm >> unclamped >> reading.range) return reading;
+        return std::nullopt;
+    }
+
     std::unique_ptr<QProcess> process;
-    std::vector<std::string> header;
 };
 
 class ProbeImage {
 public:
-    // Assembles the image in a new temporary directory and makes its ADC
-    // convert without delay, so that a measurement takes its 300 ms only.
-    ProbeImage();
-    ~ProbeImage();
-    ProbeImage(const ProbeImage&) = delete;
-    ProbeImage& operator=(const ProbeImage&) = delete;
+    // Assembles the image in a new temporary directory.
+    ProbeImage() {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "opm-e2e-image-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+        dir = pattern + "/";
+        QProcess make;
+        make.setProcessChannelMode(QProcess::MergedChannels);
+        make.start(OPM_MAKE_IMAGE, {OPM_BUILD_DIR, QString::fromStdString(dir)});
+        std::string error;
+        if (!Finish(make, kRunLimitMs, "make-image.sh", error) || make.exitCode() != 0)
+            throw std::runtime_error("make-image.sh failed: " + error +
+                                     make.readAll().toStdString());
+        WriteBench("");
+    }
+    ~ProbeImage() {
+        std::error_code ignored;
+        std::filesystem::remove_all(dir, ignored);
+    }
 
-    const std::string& Dir() const { return dir; }
-    // opm-bench set <key> <value>; false (with the reason in `error`) on failure.
-    bool Bench(const std::string& key, const std::string& value, std::string* error = nullptr);
-    ProbeRun Probe(const QStringList& arguments);
-    std::unique_ptr<ProbeSession> Follow(const QStringList& arguments);
-    std::string ReadText(const std::string& relativePath) const;
+    // Replaces bench.ini as an editor that saves atomically would; the ADC
+    // converts without delay, so a measurement takes the meter's own pauses only.
+    void WriteBench(const std::string& text) const {
+        std::ofstream(dir + "bench.ini.new") << "[adc]\nconversionUs = 0\n" << text;
+        std::filesystem::rename(dir + "bench.ini.new", dir + "bench.ini");
+    }
+    // opm-probe started from the image with `arguments`.
+    std::unique_ptr<Probe> Start(const QStringList& arguments) const {
+        auto process = std::make_unique<QProcess>();
+        // The image's own bench and hive, whatever the caller's environment says.
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("TAVIX_BENCH");
+        environment.remove("TAVIX_REGISTRY");
+        process->setProcessEnvironment(environment);
+        // Run from elsewhere: the probe must find the image through its own path.
+        process->setWorkingDirectory(
+            QString::fromStdString(std::filesystem::temp_directory_path()));
+        process->start(QString::fromStdString(dir) + "opm-probe", arguments);
+        return std::make_unique<Probe>(std::move(process));
+    }
+    std::string ReadText(const std::string& relativePath) const {
+        std::ifstream file(dir + relativePath, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    }
 
-private:
-    std::unique_ptr<QProcess> Start(const QString& program, const QStringList& arguments);
     std::string dir;
 };
-
-// Parses "dBm unclamped range normalized"; nothing for any other line.
-std::optional<Reading> ParseReading(const std::string& line);
 
 }  // namespace e2e

@@ -1,22 +1,18 @@
 # opm-probe on throw-away instrument images of the simulated instrument.
-
-add_library(opm_e2e_probe_image STATIC ${CMAKE_CURRENT_LIST_DIR}/ProbeImage.cpp
-                                       ${CMAKE_CURRENT_LIST_DIR}/ProbeImage.h)
-target_link_libraries(opm_e2e_probe_image PUBLIC Qt6::Core)
-target_compile_definitions(opm_e2e_probe_image PRIVATE
-  OPM_MAKE_IMAGE="${PROJECT_SOURCE_DIR}/scripts/make-image.sh"
-  OPM_BUILD_DIR="${CMAKE_BINARY_DIR}")
-
 foreach(test ProbeTest ProbeSweepTest)
+  # The model tells where its ranges switch and its scale ends.
   opm_add_test(${test}
     SOURCES ${CMAKE_CURRENT_LIST_DIR}/${test}.cpp
-    LIBS opm_e2e_probe_image Support
+    LIBS Qt6::Core Support tavix_sim_bench
     LABELS e2e
     GUI_MAIN
-    TIMEOUT 900)
+    TIMEOUT 600)
+  target_compile_definitions(${test} PRIVATE
+    OPM_MAKE_IMAGE="${PROJECT_SOURCE_DIR}/scripts/make-image.sh" OPM_BUILD_DIR="${CMAKE_BINARY_DIR}")
+  set_target_properties(${test} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "\$ORIGIN")
   # The image is assembled from these.
   add_dependencies(${test} opm-probe simulator)
 endforeach()
 # The sweep drives its six probes from threads of its own and starts each
-# opm-bench and opm-probe from them; the child only execs.
+# opm-probe from them; the child only execs.
 set_property(TEST ProbeSweepTest APPEND PROPERTY ENVIRONMENT "TSAN_OPTIONS=die_after_fork=0")
