@@ -1,69 +1,32 @@
 #pragma once
-// Helpers shared by the device tests: throw-away directories, small files and
-// the pattern of a fatal assertion's text.
+// The device layer on the simulated instrument: an instrument image that the
+// image script assembles once per process and that the platform takes as the
+// application directory, the shipped hive, and a bench file of each test's own.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <set>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
-#include "Platform/FatalError.h"
+#include "Common/Settings/Logging.h"
+#include "Platform/ModulePath.h"
+#include "Platform/Registry.h"
+#include "Platform/StreamDeviceFaults.h"
+#include "Platform/WideText.h"
+#include "PowerMeter/ModuleDll.h"
+#include "PowerMeter/PowerMeter.h"
+#include "Simulator/SimulatorTestSupport.h"
+#include "Support/LenUnit.h"
+#include "Support/LogFile.h"
 
 namespace devicetest {
 
-// Directories still alive when the process ends: a death test's child ends
-// through exit(), which skips the destructors of the test's own objects.
-class LiveTempDirs {
-public:
-    static LiveTempDirs& Get() {
-        static LiveTempDirs dirs;
-        return dirs;
-    }
-    ~LiveTempDirs() {
-        for (const std::string& path : paths) Remove(path);
-    }
-    void Add(const std::string& path) { paths.insert(path); }
-    void Release(const std::string& path) {
-        paths.erase(path);
-        Remove(path);
-    }
-
-private:
-    static void Remove(const std::string& path) {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
-    }
-    std::set<std::string> paths;
-};
-
-// A directory of its own for one test, removed with everything in it.
-class TempDir {
-public:
-    TempDir() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "opm-device-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-        path = pattern + "/";
-        LiveTempDirs::Get().Add(path);
-    }
-    ~TempDir() { LiveTempDirs::Get().Release(path); }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-
-    // With its trailing '/'.
-    const std::string& Path() const { return path; }
-    std::string operator/(const std::string& name) const { return path + name; }
-
-private:
-    std::string path;
-};
-
 inline void WriteFile(const std::string& path, const std::string& text) {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path, std::ios::binary) << text;
 }
 
@@ -72,15 +35,71 @@ inline std::string ReadFile(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-// The exact text of a failed assertion, escaped for a death test's regex.
-inline std::string AssertionPattern(const char* expression, const char* file, int line) {
-    const std::string text = FatalAssertionText(expression, file, line);
-    std::string pattern;
-    for (char c : text) {
+// The image's directory with its trailing '/'. Removed by the process that
+// made it, not by a death test's child leaving through exit().
+inline const std::string& Image() {
+    static const struct Made {
+        pid_t owner = getpid();
+        std::string dir;
+        Made() {
+            std::string pattern =
+                (std::filesystem::temp_directory_path() / "opm-device-XXXXXX").string();
+            if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+            dir = pattern + "/";
+            const std::string script = OPM_MAKE_IMAGE " --fresh " OPM_BUILD_DIR " " + dir;
+            if (std::system(script.c_str()) != 0) throw std::runtime_error(script + " failed");
+        }
+        ~Made() {
+            if (getpid() == owner) std::filesystem::remove_all(dir);
+        }
+    } image;
+    return image.dir;
+}
+
+// A fatal assertion's text from its expression on, whatever its line.
+inline std::string FatalPattern(const std::string& expression, const std::string& file) {
+    std::string pattern = "(^|\n)";
+    for (char c : expression + "\nFile: " + file + "\n") {
         if (std::string("\\^$.|?*+()[]{}").find(c) != std::string::npos) pattern += '\\';
         pattern += c;
     }
     return pattern;
 }
+
+class SimulatedDevices : public testing::Test {
+protected:
+    void SetUp() override {
+        platform::OverrideModuleFileName(platform::FromUtf8(Image() + "PowerMeter"));
+        platform::LoadHiveFromText(ReadFile(Image() + "registry.reg"));
+        platform::DeactivateStreamDevices();
+        log = std::make_unique<TLogFile>((bench.directory + "/PowerMeter.log").c_str(), 1, 0);
+        SetLogFile(log.get());
+        SetLenUnit(&lenUnit);
+        Bench("");
+    }
+    void TearDown() override {
+        // The program never unloads its loader; each test starts afresh.
+        delete ModuleDll;
+        ModuleDll = nullptr;
+        SetLogFile(nullptr);
+        SetLenUnit(nullptr);
+        platform::OverrideModuleFileName(L"");
+    }
+    // A quiet, instant bench, then the test's own keys (a later key wins).
+    void Bench(const std::string& keys) {
+        bench.Write(std::string(simtest::TempBench::kFast) +
+                    "[noise]\nadcCounts = 0\nrelative = 0\n" + keys);
+    }
+    // Loads `file` (the image's simulated module by default) as the process-wide loader.
+    bool LoadModule(const std::string& file = "tavix_otdr.dll") {
+        delete ModuleDll;
+        ModuleDll = new TModuleDll(file[0] == '/' ? "" : Image().c_str());
+        return ModuleDll->Load(file.c_str(), &lenUnit);
+    }
+
+    simtest::TempBench bench;
+    std::unique_ptr<TLogFile> log;
+    TLenUnit lenUnit;
+};
 
 }  // namespace devicetest
