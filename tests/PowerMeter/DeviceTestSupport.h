@@ -48,6 +48,8 @@ inline const std::string& Image() {
             dir = pattern + "/";
             const std::string script = OPM_MAKE_IMAGE " --fresh " OPM_BUILD_DIR " " + dir;
             if (std::system(script.c_str()) != 0) throw std::runtime_error(script + " failed");
+            // Beside the simulated module: fakes of a board whose InitOTDR throws.
+            std::filesystem::copy(FAKE_OTDR, dir);
         }
         ~Made() {
             if (getpid() == owner) std::filesystem::remove_all(dir);
@@ -90,10 +92,10 @@ protected:
         bench.Write(std::string(simtest::TempBench::kFast) +
                     "[noise]\nadcCounts = 0\nrelative = 0\n" + keys);
     }
-    // Loads `file` (the image's simulated module by default) as the process-wide loader.
+    // Loads `file` of the image (its simulated module by default) as the process-wide loader.
     bool LoadModule(const std::string& file = "tavix_otdr.dll") {
         delete ModuleDll;
-        ModuleDll = new TModuleDll(file[0] == '/' ? "" : Image().c_str());
+        ModuleDll = new TModuleDll(Image().c_str());
         return ModuleDll->Load(file.c_str(), &lenUnit);
     }
 

@@ -64,7 +64,6 @@ protected:
 TEST_F(DeviceManagerTest, EachFailureLeavesTheDocumentedState) {
     const std::string idDll = platform::ToUtf8(config.GetString(L"ID_DLL", L""));
     ASSERT_FALSE(idDll.empty());
-    const std::string fakes = FAKE_OTDR;
     const Lines lightSourceFailed{
         "Initializing light source... ",
         "Can't initialize light source...  Can't open and read config file",
@@ -125,18 +124,10 @@ TEST_F(DeviceManagerTest, EachFailureLeavesTheDocumentedState) {
          false,
          {},
          otdrFailed},
-        {"no module library",
-         "",
-         fakes + "absent.so",
-         kOpmIni,
-         false,
-         false,
-         false,
-         {},
-         otdrFailed},
+        {"no module library", "", "absent.dll", kOpmIni, false, false, false, {}, otdrFailed},
         {"board throws a standard exception",
          "",
-         fakes + "fake_otdr_standard.so",
+         "fake_otdr_standard.so",
          kOpmIni,
          true,
          true,
@@ -146,7 +137,7 @@ TEST_F(DeviceManagerTest, EachFailureLeavesTheDocumentedState) {
           noLasers[2]}},
         {"board throws something else",
          "",
-         fakes + "fake_otdr_other.so",
+         "fake_otdr_other.so",
          kOpmIni,
          true,
          true,
@@ -242,7 +233,7 @@ TEST_F(DeviceManagerTest, ModelTagIsTheLastOfExactlyFourFields) {
         Bench(std::string("[module]\nmodelTag = ") + row.modelTag + "\n");
         EXPECT_EQ(CPowerMeterDeviceManager::ReadHardwareId(), row.id) << row.modelTag;
     }
-    ASSERT_TRUE(LoadModule(FAKE_OTDR "fake_otdr_standard.so"));  // no command 715 at all
+    ASSERT_TRUE(LoadModule("fake_otdr_standard.so"));  // no command 715 at all
     EXPECT_EQ(CPowerMeterDeviceManager::ReadHardwareId(), L"0");
 }
 
@@ -257,7 +248,7 @@ TEST_F(DeviceManagerTest, TheLoaderHandsTheModuleTheLogAndResolvesItsEntryPoints
     ASSERT_NE(loaded, std::string::npos) << text;
     EXPECT_LT(text.find("  O "), loaded) << text;
 
-    ASSERT_TRUE(ModuleDll->Load(FAKE_OTDR "fake_otdr_standard.so", &lenUnit));
+    ASSERT_TRUE(ModuleDll->Load("fake_otdr_standard.so", &lenUnit));
     EXPECT_NE(ModuleDll->InitOTDR, nullptr);
     EXPECT_EQ(ModuleDll->ServiceFunction, nullptr);
     EXPECT_FALSE(ModuleDll->Load("absent.dll", &lenUnit));
