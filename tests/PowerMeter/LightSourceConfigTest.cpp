@@ -2,7 +2,6 @@
 // the service menu's NoOPM switch written back.
 
 #include <filesystem>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -16,66 +15,25 @@ namespace {
 using Lasers = std::vector<std::pair<unsigned, int>>;
 
 const struct ConfigRow {
-    const char* name;
-    const char* ini;
+    const char *name, *ini;
     Lasers lasers;
     bool noOPM, noVFL;
 } kConfigs[] = {
-    {"no count anywhere: no lasers",
-     "[LightSource]\nLsLaserId0=1\nLsLaserWaveLength0=1310\n"
-     "[LightSource_X7]\nLsLaserId0=2\nLsLaserWaveLength0=1550\n",
-     {},
-     false,
-     false},
-    {"count capped at the described lasers",
-     "[LightSource]\nLsLasersNum=5\nLsLaserId0=1\nLsLaserWaveLength0=1310\n"
-     "LsLaserId1=2\nLsLaserWaveLength1=1550\nLsLaserId2=3\nLsLaserWaveLength2=1625\n",
-     {{1, 1310}, {2, 1550}, {3, 1625}},
-     false,
-     false},
-    {"model section overrides laser by laser",
-     "[LightSource]\nLsLasersNum=2\nLsLaserId0=1\nLsLaserWaveLength0=1310\n"
-     "LsLaserId1=2\nLsLaserWaveLength1=1550\n"
-     "[LightSource_X7]\nLsLasersNum=2\nLsLaserId0=9\nLsLaserWaveLength0=850\n",
-     {{9, 850}, {2, 1550}},
-     false,
-     false},
-    {"model count wins",
-     "[LightSource]\nLsLasersNum=1\nLsLaserId0=1\nLsLaserWaveLength0=1310\n"
-     "LsLaserId1=2\nLsLaserWaveLength1=1550\n[LightSource_X7]\nLsLasersNum=2\n",
-     {{1, 1310}, {2, 1550}},
-     false,
-     false},
-    {"common count when the model gives none",
-     "[LightSource]\nLsLasersNum=1\n[LightSource_X7]\nLsLaserId0=4\nLsLaserWaveLength0=1490\n",
-     {{4, 1490}},
-     false,
-     false},
-    {"a missing identifier ends the list",
-     "[LightSource]\nLsLasersNum=3\nLsLaserId0=1\nLsLaserWaveLength0=1310\n"
-     "LsLaserWaveLength1=1550\nLsLaserId2=3\nLsLaserWaveLength2=1625\n",
-     {{1, 1310}},
-     false,
-     false},
-    {"a missing wavelength ends the list",
-     "[LightSource]\nLsLasersNum=2\nLsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\n",
-     {{1, 1310}},
-     false,
-     false},
-    {"negative count: no lasers",
-     "[LightSource]\nLsLasersNum=-1\nLsLaserId0=1\nLsLaserWaveLength0=1310\n",
-     {},
-     false,
-     false},
+    // clang-format off
+    {"no count anywhere: no lasers", "[LightSource]\nLsLaserId0=1\nLsLaserWaveLength0=1310\n[LightSource_X7]\nLsLaserId0=2\nLsLaserWaveLength0=1550\n", {}, false, false},
+    {"count capped at the described lasers", "[LightSource]\nLsLasersNum=5\nLsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\nLsLaserWaveLength1=1550\n", {{1, 1310}, {2, 1550}}, false, false},
+    {"model section overrides laser by laser", "[LightSource]\nLsLasersNum=2\nLsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\nLsLaserWaveLength1=1550\n[LightSource_X7]\nLsLasersNum=2\nLsLaserId0=9\nLsLaserWaveLength0=850\n", {{9, 850}, {2, 1550}}, false, false},
+    {"model count wins", "[LightSource]\nLsLasersNum=1\nLsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\nLsLaserWaveLength1=1550\n[LightSource_X7]\nLsLasersNum=2\n", {{1, 1310}, {2, 1550}}, false, false},
+    {"common count when the model gives none", "[LightSource]\nLsLasersNum=1\n[LightSource_X7]\nLsLaserId0=4\nLsLaserWaveLength0=1490\n", {{4, 1490}}, false, false},
+    {"a missing identifier ends the list", "[LightSource]\nLsLasersNum=3\nLsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserWaveLength1=1550\nLsLaserId2=3\nLsLaserWaveLength2=1625\n", {{1, 1310}}, false, false},
+    {"a missing wavelength ends the list", "[LightSource]\nLsLasersNum=2\nLsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\n", {{1, 1310}}, false, false},
+    {"negative count: no lasers", "[LightSource]\nLsLasersNum=-1\nLsLaserId0=1\nLsLaserWaveLength0=1310\n", {}, false, false},
     {"model switches of exactly 1", "[LightSource_X7]\nNoOPM=1\nNoVFL=1\n", {}, true, true},
     {"other values are off", "[LightSource_X7]\nNoOPM=2\nNoVFL=abc\n", {}, false, false},
     {"common switches are ignored", "[LightSource]\nNoOPM=1\nNoVFL=1\n", {}, false, false},
     {"another model's switch is ignored", "[LightSource_Y1]\nNoOPM=1\n", {}, false, false},
-    {"identifier kept unsigned, wavelength 0 allowed",
-     "[LightSource]\nLsLasersNum=1\nLsLaserId0=-2\nLsLaserWaveLength0=0\n",
-     {{4294967294u, 0}},
-     false,
-     false},
+    {"identifier kept unsigned, wavelength 0 allowed", "[LightSource]\nLsLasersNum=1\nLsLaserId0=-2\nLsLaserWaveLength0=0\n", {{4294967294u, 0}}, false, false},
+    // clang-format on
 };
 
 class LightSourceConfigTest : public testing::Test {
@@ -112,25 +70,25 @@ TEST_F(LightSourceConfigTest, ReadsLasersAndModelSwitches) {
 
 TEST_F(LightSourceConfigTest, WriteNoOPMSetsTheModelsKeyAndKeepsEverythingElse) {
     const struct {
-        std::optional<std::string> before;
+        const char* before;  // null: no file
         const wchar_t* model;
         int value;
         bool result;
-        std::optional<std::string> after;
+        const char* after;
     } rows[] = {
-        {";factory data\n[LightSource]\nNoOPM=0\n[LightSource_X7]\nLsLasersNum=0\n", L"X7", 1, true,
-         ";factory data\n\n[LightSource]\nNoOPM=0\n\n[LightSource_X7]\nLsLasersNum=0\nNoOPM=1\n\n"},
+        // clang-format off
+        {";factory data\n[LightSource]\nNoOPM=0\n[LightSource_X7]\nLsLasersNum=0\n", L"X7", 1, true, ";factory data\n\n[LightSource]\nNoOPM=0\n\n[LightSource_X7]\nLsLasersNum=0\nNoOPM=1\n\n"},
         {"[LightSource_X7]\nNoOPM=1\n", L"X7", 0, true, "[LightSource_X7]\nNoOPM=0\n\n"},
-        {"[Hardware]\nMaxADC=4095\n", L"Q2", 1, true,
-         "[Hardware]\nMaxADC=4095\n\n[LightSource_Q2]\nNoOPM=1\n\n"},
-        {std::nullopt, L"X7", 1, false, std::nullopt},
+        {"[Hardware]\nMaxADC=4095\n", L"Q2", 1, true, "[Hardware]\nMaxADC=4095\n\n[LightSource_Q2]\nNoOPM=1\n\n"},
+        {nullptr, L"X7", 1, false, nullptr},
+        // clang-format on
     };
     for (const auto& row : rows) {
         std::filesystem::remove(path);
-        if (row.before) WriteFile(path, *row.before);
+        if (row.before) WriteFile(path, row.before);
         EXPECT_EQ(WriteNoOPM(path.c_str(), row.model, row.value), row.result);
-        EXPECT_EQ(std::filesystem::exists(path), row.after.has_value());
-        EXPECT_EQ(ReadFile(path), row.after.value_or(""));
+        EXPECT_EQ(std::filesystem::exists(path), row.after != nullptr);
+        EXPECT_EQ(ReadFile(path), row.after ? row.after : "");
     }
 }
 

@@ -97,17 +97,15 @@ TEST_F(MeterTest, ZeroingTakesEveryRangesOffsetSavesItAndLeavesRangeTwo) {
     EXPECT_EQ(meter->GetCurrentRange(), 2);
 }
 
-TEST_F(MeterTest, ZeroingRunsBetweenTwoMeasurementsAndTheDarkReadingStepsDown) {
+TEST_F(MeterTest, ZeroingRunsBetweenTwoMeasurementsButNotInRangeTwo) {
     SetCounts({20, 20, 20});
     Measure();
     EXPECT_TRUE(BetweenIterations([this] { return meter->ZeroCalibration(); }));
     EXPECT_EQ(meter->GetZero(1), 20.0f);
-    Measure(2);
+    Measure(2);  // the dark reading steps down from range 2
     EXPECT_EQ(meter->GetCurrentRange(), 0);
     EXPECT_EQ(meter->GetLastNormalizedValue(), 0.0f);
-}
-
-TEST_F(MeterTest, ZeroingInRangeTwoIsRefusedAndChangesNothing) {
+    Reset();
     SetCounts({4000, 4000, 4000});
     Measure();
     ASSERT_EQ(meter->GetCurrentRange(), 2);
@@ -168,33 +166,30 @@ TEST_F(MeterTest, StopWhileAnOperationWaitsForTheLockLetsItRunThenEndsTheWorker)
 }
 
 TEST_F(MeterTest, TheWorkerStartsOnceStopsAfterItsMeasurementAndARestartWaitsForIt) {
-    Make().Stop();
+    const auto calls = [this] { return detector->Get(detector->calls); };
+    Make().Stop();  // not running: nothing to stop
     Measure(2);
-    meter->Start();
+    meter->Start();  // running: ignored
     Measure();
     EXPECT_EQ(detector->Get(detector->reads), 180);
-    EXPECT_EQ(detector->Get(detector->calls), Calls{"enable"});
     meter->Stop();
     sleep->Release();
     meter->Start();
-    EXPECT_TRUE(WaitFor(
-        [this] { return detector->Get(detector->calls).size() == 3 && meter->IsRunning(); }));
+    EXPECT_TRUE(WaitFor([&] { return calls().size() == 3 && meter->IsRunning(); }));
     meter.reset();
-    EXPECT_EQ(detector->Get(detector->calls),
-              (Calls{"enable", "disable", "enable", "disable", "destroyed"}));
-}
-
-TEST_F(MeterTest, StopRightAfterStartEndsTheWorkerAndAnIdleMeterTouchesNoHardware) {
-    Make();
-    meter.reset();
-    EXPECT_EQ(detector->Get(detector->calls), Calls{"destroyed"});
+    EXPECT_EQ(calls(), (Calls{"enable", "disable", "enable", "disable", "destroyed"}));
+    // A Stop right after the Start still ends the worker; an idle meter touches no hardware.
     Reset();
     Make().Start();
     meter->Stop();
     sleep->Release();
-    EXPECT_TRUE(WaitFor(
-        [this] { return !meter->IsRunning() && detector->Get(detector->calls).size() == 2; }));
-    EXPECT_EQ(detector->Get(detector->calls), (Calls{"enable", "disable"}));
+    EXPECT_TRUE(WaitFor([&] {
+        return !meter->IsRunning() && calls() == Calls{"enable", "disable"};
+    }));
+    Reset();
+    Make();
+    meter.reset();
+    EXPECT_EQ(calls(), Calls{"destroyed"});
 }
 
 TEST_F(MeterTest, AnExceptionLeavingTheWorkerTakesTheFatalPathWithItsText) {

@@ -61,146 +61,58 @@ protected:
     std::unique_ptr<CPowerMeterDeviceManager> manager;
 };
 
+// The application's log texts, as technicians know them.
+const std::string
+    kStart = "Starting power meter initializations... ",
+    kLoading = "Loading tavix_otdr.dll... ", kInitOtdr = "Initializing OTDR device... ",
+    kOtdrOk = "OTDR initialization sucessfull ",
+    kRetryOk = "Second Attemp of OTDR initialization sucessfull ",
+    kOtdrFailed = "OTDR initialization failure ", kInitLs = "Initializing light source... ",
+    kLsFailed = "Can't initialize light source...  Can't open and read config file",
+    kNoLasers = "No light sources on board. Light source functionality will be unavailabile... ",
+    kInitMeter = "Initializing power meter... ",
+    kMeterFailed = "Can't initialize power meter... Can't create OLT1 driver file";
+
 TEST_F(DeviceManagerTest, EachFailureLeavesTheDocumentedState) {
     const std::string idDll = platform::ToUtf8(config.GetString(L"ID_DLL", L""));
     ASSERT_FALSE(idDll.empty());
-    const Lines lightSourceFailed{
-        "Initializing light source... ",
-        "Can't initialize light source...  Can't open and read config file",
-        "Initializing power meter... "};
-    const Lines meterFailed{"Initializing power meter... ",
-                            "Can't initialize power meter... Can't create OLT1 driver file"};
-    const Lines otdrFailed{"Initializing OTDR device... ", "OTDR initialization failure "};
-    const Lines noLasers{"Initializing light source... ",
-                         "No light sources on board. Light source functionality will be "
-                         "unavailabile... ",
-                         "Initializing power meter... "};
     const struct {
         const char* name;
-        std::string bench;
-        std::string module;  // empty: the simulated one; else loaded before Init
-        std::string ini;     // of etc_gui/opm.ini; empty: none
+        std::string bench, module;  // module: loaded before Init; empty: the simulated one, by Init
+        std::string ini;            // etc_gui/opm.ini; empty: none
         bool result, lightSource, meter;
         std::vector<std::wstring> messages;
         Lines lastLines;
     } rows[] = {
-        {"everything comes up",
-         "[module]\nidDll = " + idDll + "\n",
-         "",
-         kOpmIni,
-         true,
-         true,
-         true,
-         {},
-         {"Starting power meter initializations... ", "Loading tavix_otdr.dll... ",
-          "Initializing OTDR device... ", "OTDR initialization sucessfull ",
-          "Initializing light source... ", "Initializing power meter... "}},
-        {"board silent once: one retry",
-         "[faults]\ninitOtdrFailures = 1\n",
-         "",
-         kOpmIni,
-         true,
-         true,
-         true,
-         {},
-         {"Initializing OTDR device... ", "Second Attemp of OTDR initialization sucessfull ",
-          "OTDR initialization sucessfull ", "Initializing light source... ",
-          "Initializing power meter... "}},
-        {"board silent twice",
-         "[faults]\ninitOtdrFailures = 2\n",
-         "",
-         kOpmIni,
-         false,
-         false,
-         false,
-         {},
-         otdrFailed},
-        {"board refuses our ID_DLL",
-         "[module]\nidDll = X" + idDll + "\n",
-         "",
-         kOpmIni,
-         false,
-         false,
-         false,
-         {},
-         otdrFailed},
-        {"no module library", "", "absent.dll", kOpmIni, false, false, false, {}, otdrFailed},
-        {"board throws a standard exception",
-         "",
-         "fake_otdr_standard.so",
-         kOpmIni,
-         true,
-         true,
-         true,
-         {L"board exploded"},
-         {"Loading tavix_otdr.dll... ", "Initializing OTDR device... ", noLasers[0], noLasers[1],
-          noLasers[2]}},
-        {"board throws something else",
-         "",
-         "fake_otdr_other.so",
-         kOpmIni,
-         true,
-         true,
-         true,
-         {L"No connection with the OTDR!"},
-         {"Initializing OTDR device... ", noLasers[0], noLasers[1], noLasers[2]}},
-        {"no light source configuration", "", "", "", true, false, true, {}, lightSourceFailed},
-        {"no power meter hardware",
-         "[faults]\nnoOlt1 = 1\n",
-         "",
-         kOpmIni,
-         true,
-         true,
-         false,
-         {},
-         meterFailed},
-        {"neither",
-         "[faults]\nnoOlt1 = 1\n",
-         "",
-         "",
-         true,
-         false,
-         false,
-         {},
-         {lightSourceFailed[1], meterFailed[0], meterFailed[1]}},
-        {"no lasers for this model",
-         "[module]\nmodelTag = Q9\n",
-         "",
-         kOpmIni,
-         true,
-         true,
-         true,
-         {},
-         noLasers},
-        {"a model without power meter",
-         "",
-         "",
-         kOpmIni + "NoOPM=1\n",
-         true,
-         true,
-         false,
-         {},
-         {"Initializing OTDR device... ", "OTDR initialization sucessfull ",
-          "Initializing light source... "}},
+        // clang-format off
+        {"everything comes up", "[module]\nidDll = " + idDll + "\n", "", kOpmIni, true, true, true, {}, {kStart, kLoading, kInitOtdr, kOtdrOk, kInitLs, kInitMeter}},
+        {"board silent once: one retry", "[faults]\ninitOtdrFailures = 1\n", "", kOpmIni, true, true, true, {}, {kInitOtdr, kRetryOk, kOtdrOk, kInitLs, kInitMeter}},
+        {"board silent twice", "[faults]\ninitOtdrFailures = 2\n", "", kOpmIni, false, false, false, {}, {kInitOtdr, kOtdrFailed}},
+        {"board refuses our ID_DLL", "[module]\nidDll = X" + idDll + "\n", "", kOpmIni, false, false, false, {}, {kInitOtdr, kOtdrFailed}},
+        {"no module library", "", "absent.dll", kOpmIni, false, false, false, {}, {kLoading, kInitOtdr, kOtdrFailed}},
+        {"board throws a standard exception", "", "fake_otdr_standard.so", kOpmIni, true, true, true, {L"board exploded"}, {kLoading, kInitOtdr, kInitLs, kNoLasers, kInitMeter}},
+        {"board throws something else", "", "fake_otdr_other.so", kOpmIni, true, true, true, {L"No connection with the OTDR!"}, {kInitOtdr, kInitLs, kNoLasers, kInitMeter}},
+        {"no light source configuration", "", "", "", true, false, true, {}, {kInitLs, kLsFailed, kInitMeter}},
+        {"no power meter hardware", "[faults]\nnoOlt1 = 1\n", "", kOpmIni, true, true, false, {}, {kInitLs, kInitMeter, kMeterFailed}},
+        {"neither", "[faults]\nnoOlt1 = 1\n", "", "", true, false, false, {}, {kInitLs, kLsFailed, kInitMeter, kMeterFailed}},
+        {"no lasers for this model", "[module]\nmodelTag = Q9\n", "", kOpmIni, true, true, true, {}, {kInitLs, kNoLasers, kInitMeter}},
+        {"a model without power meter", "", "", kOpmIni + "NoOPM=1\n", true, true, false, {}, {kOtdrOk, kInitLs}},
+        // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         SetUp();
         Bench(kLasers + row.bench);
-        if (row.ini.empty())
-            std::filesystem::remove(Image() + "etc_gui/opm.ini");
-        else
-            WriteFile(Image() + "etc_gui/opm.ini", row.ini);
+        std::filesystem::remove(Image() + "etc_gui/opm.ini");
+        if (!row.ini.empty()) WriteFile(Image() + "etc_gui/opm.ini", row.ini);
         if (!row.module.empty()) LoadModule(row.module);
-
         EXPECT_EQ(Init(), row.result);
         EXPECT_EQ(manager->GetLightSource() != nullptr, row.lightSource);
         EXPECT_EQ(manager->GetPowerMeter() != nullptr, row.meter);
         EXPECT_EQ(notifier.messages, row.messages);
         const Lines lines = UserLines();
         ASSERT_GE(lines.size(), row.lastLines.size());
-        EXPECT_EQ(Lines(lines.end() - static_cast<long>(row.lastLines.size()), lines.end()),
-                  row.lastLines);
+        EXPECT_EQ(Lines(lines.end() - row.lastLines.size(), lines.end()), row.lastLines);
         notifier.messages.clear();
         TearDown();
     }

@@ -12,7 +12,6 @@ opm_add_test(PowerMeterDeviceTests
     ${CMAKE_CURRENT_LIST_DIR}/PowerMeterDeviceManagerTest.cpp
     ${CMAKE_CURRENT_LIST_DIR}/HardwareOPMMeterBackendTest.cpp
     ${CMAKE_CURRENT_LIST_DIR}/LightSourceConfigTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/SingletonsTest.cpp
   LIBS PowerMeter tavix_sim_bench
   LABELS unit)
 target_compile_definitions(PowerMeterDeviceTests PRIVATE
