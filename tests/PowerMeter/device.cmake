@@ -8,10 +8,7 @@ endforeach()
 target_compile_definitions(fake_otdr_other PRIVATE FAKE_MODULE_THROWS_OTHER)
 
 opm_add_test(PowerMeterDeviceTests
-  SOURCES
-    ${CMAKE_CURRENT_LIST_DIR}/PowerMeterDeviceManagerTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/HardwareOPMMeterBackendTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/LightSourceConfigTest.cpp
+  SOURCES ${CMAKE_CURRENT_LIST_DIR}/PowerMeterDeviceTest.cpp
   LIBS PowerMeter tavix_sim_bench
   LABELS unit)
 target_compile_definitions(PowerMeterDeviceTests PRIVATE

@@ -1,5 +1,5 @@
 # The power meter core on a fake detector.
 opm_add_test(OPMMeterTests
-  SOURCES ${CMAKE_CURRENT_LIST_DIR}/OPMMeterTest.cpp ${CMAKE_CURRENT_LIST_DIR}/OPMMeterFileTest.cpp
+  SOURCES ${CMAKE_CURRENT_LIST_DIR}/OPMMeterTest.cpp
   LIBS PowerMeter
   LABELS unit)
