@@ -1,6 +1,7 @@
 #include "PowerMeter/OPMMeter.h"
 
 #include <cmath>
+#include <exception>
 #include <limits>
 #include <string>
 #include <utility>
@@ -17,6 +18,7 @@ constexpr int kLoopPauseMs = 300;
 constexpr int kSamplePauseMs = 1;
 constexpr int kZeroSettleMs = 200;
 constexpr int kZeroRangePauseMs = 100;
+constexpr const char* kUnknownWorkerFailure = "Unknown exception";
 
 // Switch 0, 1, 2 per gain range; range 0 is the most sensitive.
 constexpr bool kRangeSwitches[ZuOPMMeter::kRangesNum][3] = {
@@ -109,9 +111,12 @@ void ZuOPMMeter::Stop() {
 void ZuOPMMeter::MeasurementLoop() {
     running.store(true);
     starting.store(false);
-    backend->SetEnabled(true);
-    std::unique_lock<std::recursive_mutex> guard(lock);
+    std::unique_lock<std::recursive_mutex> guard(lock, std::defer_lock);
+    // An exception leaving a std::thread would abort without a word; a
+    // failing worker takes the fatal path with what it knows instead.
     try {
+        backend->SetEnabled(true);
+        guard.lock();
         while (!stopRequested.load()) {
             Pause(kLoopPauseMs);
             lastPower.store(MeasurePower());
@@ -124,17 +129,27 @@ void ZuOPMMeter::MeasurementLoop() {
             }
             guard.lock();
         }
+    } catch (const std::exception& error) {
+        WorkerFailed(guard, error.what());
     } catch (...) {
-        running.store(false);
-        if (guard.owns_lock()) {
-            guard.unlock();
-        }
-        backend->SetEnabled(false);
-        throw;
+        WorkerFailed(guard, kUnknownWorkerFailure);
     }
     running.store(false);
     guard.unlock();
     backend->SetEnabled(false);
+}
+
+void ZuOPMMeter::WorkerFailed(std::unique_lock<std::recursive_mutex>& guard, const char* what) {
+    running.store(false);
+    if (guard.owns_lock()) {
+        guard.unlock();
+    }
+    // The hardware is switched off on the way out, as far as it still answers.
+    try {
+        backend->SetEnabled(false);
+    } catch (...) {
+    }
+    FatalAssertion(what, kSourceFile, __LINE__);
 }
 
 std::unique_lock<std::recursive_mutex> ZuOPMMeter::LockBetweenIterations() {
@@ -277,6 +292,11 @@ bool ZuOPMMeter::CalibrateToReference(double referencePower, const char* path) {
         referencePower - 10.0 * std::log10(static_cast<double>(lastNormalized.load())) +
         10.0 * std::log10(static_cast<double>(GetRangeResistance(currentRange.load()))) -
         static_cast<double>(RefPowerCoeff) - static_cast<double>(CalibrFreeCoeff);
+    // A dark or absent reading (log of 0) would store an infinite coefficient
+    // and spoil every later reading until the file is repaired by hand.
+    if (!std::isfinite(coeff)) {
+        return false;
+    }
     const int slot = ActiveWaveLengthIndex.load();
     if (IsSlot(slot)) {
         WaveCentralCoeff[slot] = static_cast<float>(coeff);

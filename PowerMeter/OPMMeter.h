@@ -50,7 +50,8 @@ public:
     ZuOPMMeter& operator=(const ZuOPMMeter&) = delete;
 
     // Starts measuring on the worker thread unless it already measures. A
-    // worker that was asked to stop is waited for first.
+    // worker that was asked to stop is waited for first. An exception leaving
+    // the worker ends the program through the fatal path with its text.
     void Start();
     // Asks the worker to end after its current iteration; does not wait.
     void Stop();
@@ -60,6 +61,8 @@ public:
     bool ZeroCalibration();
     // Makes the last measurement read `referencePower` dBm at the active
     // wavelength and writes the coefficient to the per-model factory section.
+    // False, with nothing changed, when the last reading gives no finite
+    // coefficient (a dark input or no measurement yet).
     bool CalibrateToReference(double referencePower, const char* path = nullptr);
 
     // Calibration file operations; a null path means the meter's own file.
@@ -119,6 +122,8 @@ private:
     const char* PathOrDefault(const char* path) const;
 
     void MeasurementLoop();
+    // Ends the program through the fatal path after disabling the hardware.
+    [[noreturn]] void WorkerFailed(std::unique_lock<std::recursive_mutex>& guard, const char* what);
     float MeasurePower();
     void UpdateRange();
     void SetRange(int range);
