@@ -194,7 +194,12 @@ std::optional<ProbeOptions> ParseOptions(const QCoreApplication& app, std::strin
                                      "(default 10).",
                                      "s");
     parser.addOptions({count, follow, settle, wavelength, zero, calibrate, reset, laser, timeout});
-    parser.process(app);
+    // process() would exit with 1, which here means the board failed: bad usage has its own code.
+    if (!parser.parse(app.arguments())) {
+        error = parser.errorText().toStdString();
+        return std::nullopt;
+    }
+    if (parser.isSet("help")) parser.showHelp(0);
 
     ProbeOptions options;
     auto integer = [&](const QCommandLineOption& option, int min, int& out) {

@@ -73,6 +73,7 @@ const Row kRows[] = {
     {"NeitherMeterNorLightSource", "[faults]\nnoOlt1 = 1\n", {"-n", "1"}, 2,
      "neither power meter nor light source", {}, {}, {}, nullptr, nullptr, 0.0, true},
     {"BadCount", "", {"-n", "x"}, 3, "bad value for --count: x"},
+    {"UnknownOption", "", {"--bogus"}, 3, "Unknown option 'bogus'"},
     {"UnknownWavelengthSlot", "", {"-w", "6", "-n", "1"}, 3, "no wavelength slot 6 (the meter has 6)"},
     {"UnknownLaser", "", {"-l", "3", "-n", "0"}, 3, "no laser 3 (the light source has 3)"},
     // A conversion of 50 ms: a measurement takes 3 s, longer than the probe waits.
