@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 
+#include "Common/Toolkit/PopupFrame.h"
 #include "Platform/FatalError.h"
 
 namespace {
@@ -109,13 +110,14 @@ void CFatalErrorBox::Show(const std::wstring& text) {
 // title is also the box's first, bold line and the box draws its own frame.
 // Nothing here comes from the language pack: the pack may be what failed.
 void CFatalErrorBox::ShowOnGuiThread(const std::wstring& text) {
+    QWidget* parent = QApplication::activeWindow();
     QMessageBox box(QMessageBox::Critical, QString::fromLatin1(kTitle), QString::fromLatin1(kTitle),
-                    QMessageBox::Ok, QApplication::activeWindow(),
-                    Qt::Dialog | Qt::FramelessWindowHint);
+                    QMessageBox::Ok, parent, Qt::Dialog | Qt::FramelessWindowHint);
     box.setInformativeText(QString::fromStdWString(text));
     box.setTextFormat(Qt::PlainText);
     box.setAttribute(Qt::WA_StyledBackground);
     box.setStyleSheet(QString::fromLatin1(kStyle));
+    box.move(CPopupFrame::PlaceOver(box.sizeHint(), parent).topLeft());
     // Closed as soon as the user closes it, even while a later failure's wait
     // keeps this exec() from returning.
     QObject::connect(&box, &QDialog::finished, [] { MarkClosed(); });

@@ -13,7 +13,8 @@ int main(int argc, char** argv) {
     const QList<QByteArray> size = QByteArray(OPM_TEST_SCREEN).split('x');
     if ((platform.isEmpty() || platform == "offscreen") && config.open()) {
         config.write(R"({"windowFrameMargins": false, "screens": [{"name": "screen", "x": 0, "y": 0,
-            "width": )" + size[0] + R"(, "height": )" + size[1] + R"(, "logicalDpi": 96, "dpr": 1}]})");
+            "width": )" +
+                     size[0] + R"(, "height": )" + size[1] + R"(, "logicalDpi": 96, "dpr": 1}]})");
         config.flush();
         qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + config.fileName().toLocal8Bit());
     }

@@ -6,10 +6,7 @@
 
 #include "Common/Settings/AppConfig.h"
 #include "Common/Settings/CommonConfig.h"
-#include "Common/Settings/Logging.h"
-#include "Platform/LocalTime.h"
 #include "Platform/Registry.h"
-#include "Support/LogFile.h"
 #include "Support/ScratchDirectory.h"
 
 namespace {
@@ -50,9 +47,12 @@ TEST_F(AppConfigTest, ParsesTheStoredTextAsTheTypeAsked) {
         int asInt;
         unsigned asUnsigned;
         bool asBool;
-    } cases[] = {{L"1", 1, 1u, true},           {L"0", 0, 0u, false},
-                 {L"abc", 0, 0u, false},        {L"", 0, 0u, false},
-                 {L"-5", -5, 4294967291u, true}, {L" 42x", 42, 42u, true},
+    } cases[] = {{L"1", 1, 1u, true},
+                 {L"0", 0, 0u, false},
+                 {L"abc", 0, 0u, false},
+                 {L"", 0, 0u, false},
+                 {L"-5", -5, 4294967291u, true},
+                 {L" 42x", 42, 42u, true},
                  {L"4000000000", 2147483647, 4000000000u, true}};
     for (const auto& c : cases) {
         ASSERT_TRUE(config.SetRegKeyValue(L"Software\\Tavix", L"Value", c.text));
@@ -130,61 +130,42 @@ TEST_F(AppConfigTest, UnchangedOrUnflushedValuesLeaveTheHiveFileAlone) {
     EXPECT_FALSE(std::filesystem::exists(hivePath));
 }
 
-struct FaultCase {
-    const char* name;
-    std::function<void(platform::RegistryFaults&)> arm;
-    std::function<void(CAppConfig&)> act;
-    const char* expression;
-};
-
-class AppConfigFault : public AppConfigTest, public testing::WithParamInterface<FaultCase> {};
-
-TEST_P(AppConfigFault, IsFatal) {
-    EXPECT_EXIT(
-        {
-            GetParam().arm(platform::InjectRegistryFaults());
-            GetParam().act(config);
-        },
-        testing::ExitedWithCode(1), Fatal(GetParam().expression, "AppConfig"));
+TEST_F(AppConfigTest, RegistryFaultsAreFatal) {
+    using F = platform::RegistryFaults;
+    const auto read = [](CAppConfig& c) { c.GetValue<std::wstring>(L"Text"); };
+    const auto write = [](CAppConfig& c) { c.SetRegKeyValue(L"Software\\Tavix", L"X", L"1"); };
+    const char* const refused = "SetRegKeyValue(applicationSpecicKey, key, strVal)";
+    const std::tuple<bool F::*, void (*)(CAppConfig&), const char*> faults[] = {
+        {&F::failNextClose, read, "RegCloseKey(key) == ERROR_SUCCESS"},
+        {&F::failNextClose, [](CAppConfig& c) { c.GetValue<int>(L"Absent"); },
+         "RegCloseKey(key) == ERROR_SUCCESS"},
+        {&F::nullHandleOnNextOpen, read, "hKey"},
+        {&F::nullHandleOnNextOpen, write, "hKey"},
+        {&F::shortNextRead, read, "requiredDataSize == actualyWritedDataSize"},
+        {&F::failNextSet, [](CAppConfig& c) { c.SetValue(L"One", 5); }, refused}};
+    for (const auto& [fault, act, expression] : faults)
+        EXPECT_EXIT((platform::InjectRegistryFaults().*fault = true, act(config)),
+                    testing::ExitedWithCode(1), Fatal(expression, "AppConfig"));
+    // A deleted key reads nothing and its first write is fatal.
+    platform::DeleteRegistryKey(L"HKEY_LOCAL_MACHINE\\Software\\Tavix");
+    EXPECT_EQ(config.GetValue<int>(L"One"), std::nullopt);
+    EXPECT_EXIT(config.SetValue(L"One", 2), testing::ExitedWithCode(1),
+                Fatal(refused, "AppConfig"));
 }
 
-const auto kRead = [](CAppConfig& c) { c.GetValue<std::wstring>(L"Text"); };
-const auto kWrite = [](CAppConfig& c) { c.SetValue(L"One", 5); };
-INSTANTIATE_TEST_SUITE_P(
-    Registry, AppConfigFault,
-    testing::Values(
-        FaultCase{"CloseAfterRead", [](auto& f) { f.failNextClose = true; }, kRead,
-                  "RegCloseKey(key) == ERROR_SUCCESS"},
-        FaultCase{"CloseAfterMissingValue", [](auto& f) { f.failNextClose = true; },
-                  [](CAppConfig& c) { c.GetValue<int>(L"Absent"); }, "RegCloseKey(key) == ERROR_SUCCESS"},
-        FaultCase{"NullHandleOnRead", [](auto& f) { f.nullHandleOnNextOpen = true; }, kRead, "hKey"},
-        FaultCase{"NullHandleOnWrite", [](auto& f) { f.nullHandleOnNextOpen = true; },
-                  [](CAppConfig& c) { c.SetRegKeyValue(L"Software\\Tavix", L"X", L"1"); }, "hKey"},
-        FaultCase{"ShortRead", [](auto& f) { f.shortNextRead = true; }, kRead,
-                  "requiredDataSize == actualyWritedDataSize"},
-        FaultCase{"RefusedWrite", [](auto& f) { f.failNextSet = true; }, kWrite,
-                  "SetRegKeyValue(applicationSpecicKey, key, strVal)"},
-        FaultCase{"DeletedKey",
-                  [](auto&) { platform::DeleteRegistryKey(L"HKEY_LOCAL_MACHINE\\Software\\Tavix"); },
-                  [](CAppConfig& c) {
-                      if (!c.GetValue<int>(L"One")) c.SetValue(L"One", 2);  // reads nothing
-                  },
-                  "SetRegKeyValue(applicationSpecicKey, key, strVal)"},
-        FaultCase{"NullObserver", [](auto&) {},
-                  [](CAppConfig& c) {
-                      c.AddObserver(nullptr);
-                      c.SetValue(L"One", 5);
-                  },
-                  "*it"}),
-    [](const auto& info) { return std::string(info.param.name); });
+TEST_F(AppConfigTest, ANullObserverIsFatal) {
+    config.AddObserver(nullptr);
+    EXPECT_EXIT(config.SetValue(L"One", 5), testing::ExitedWithCode(1), Fatal("*it", "AppConfig"));
+}
 
 TEST(CommonConfig, TheDistanceUnitIsTheStoredOneOrKilometresAndOutOfRangeIsFatal) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const std::pair<const char*, int> units[] = {{"", duKM},  {"0", duKM}, {"1", duMT}, {"2", duFT},
-                                                 {"3", duKF}, {"4", duMI}, {"mi", duKM},
-                                                 {"5", -1},   {"-1", -1}};
+    const std::pair<const char*, int> units[] = {{"", duKM},   {"0", duKM}, {"1", duMT},
+                                                 {"2", duFT},  {"3", duKF}, {"4", duMI},
+                                                 {"mi", duKM}, {"5", -1},   {"-1", -1}};
     for (const auto& [stored, unit] : units) {
-        platform::LoadHiveFromText(Hive(*stored ? "\"UIDistanceUnit\"=\"" + std::string(stored) + "\"" : ""));
+        platform::LoadHiveFromText(
+            Hive(*stored ? "\"UIDistanceUnit\"=\"" + std::string(stored) + "\"" : ""));
         CAppConfig config(L"Software\\Tavix", 1);
         if (unit >= 0)
             EXPECT_EQ(GetDistanceUnit(config), unit) << stored;
@@ -192,24 +173,6 @@ TEST(CommonConfig, TheDistanceUnitIsTheStoredOneOrKilometresAndOutOfRangeIsFatal
             EXPECT_EXIT(GetDistanceUnit(config), testing::ExitedWithCode(1),
                         Fatal("rawUnit >= duKM && rawUnit <= duMI", "CommonConfig"));
     }
-}
-
-TEST(Logging, MessagesGoToTheInstalledLogAsApplicationLines) {
-    platform::OverrideLocalTime([] { return SYSTEMTIME{2015, 3, 4, 5, 14, 7, 9, 42}; });
-    ScratchDirectory dir;
-    const std::string path = dir.Path("PowerMeter.log");
-    {
-        TLogFile log(path.c_str(), 1, 0);
-        SetLogFile(&log);
-        EXPECT_EQ(&LogFile(), &log);
-        LogMessage("Loading main resource dll...", std::wstring(L"English_ä.rcc"));
-        LogMessage("Loading main resource dll sucessfull");
-        SetLogFile(nullptr);
-    }
-    platform::OverrideLocalTime({});
-    EXPECT_THAT(ScratchDirectory::Read(path),
-                testing::HasSubstr("'042  U M\t Loading main resource dll... English_ä.rcc\n"
-                                   "05.03.2015 14:07:09'042  U M\t Loading main resource dll sucessfull \n"));
 }
 
 }  // namespace

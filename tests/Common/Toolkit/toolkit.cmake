@@ -10,17 +10,13 @@ opm_language_pack(toolkit-test toolkit-test SOURCE ${toolkit_test_pack_source}
                   DESTINATION ${CMAKE_CURRENT_BINARY_DIR})
 add_custom_target(toolkit-test-pack DEPENDS ${language_packs})
 
-# The dialog toolkit and the helpers under it, on a desktop-sized screen
-# larger than the application's 640x480 window.
+# The dialog toolkit and the helpers under it, with its gallery, on a desktop
+# screen larger than the application's 640x480 window.
 opm_add_test(CommonToolkitTest
   OWN_MAIN
-  SOURCES
-    ${CMAKE_CURRENT_LIST_DIR}/../ScreenMain.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/BoxesTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/FatalErrorBoxTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/ScreensTest.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/../Utilities/UtilitiesTest.cpp
-  LIBS Common Platform Qt6::Test opm_test_language_pack
+  SOURCES ${CMAKE_CURRENT_LIST_DIR}/../ScreenMain.cpp ${CMAKE_CURRENT_LIST_DIR}/ToolkitTest.cpp
+          ${CMAKE_CURRENT_LIST_DIR}/../Utilities/UtilitiesTest.cpp
+  LIBS Common Platform Qt6::Test opm_test_language_pack opm_test_screenshot
   LABELS ui)
 target_compile_definitions(CommonToolkitTest PRIVATE OPM_TEST_SCREEN="1280x800"
                            OPM_TOOLKIT_TEST_PACK="${CMAKE_CURRENT_BINARY_DIR}/toolkit-test.rcc")

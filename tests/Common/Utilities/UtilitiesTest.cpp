@@ -1,17 +1,14 @@
 #include <QDir>
 #include <QFile>
 #include <QLabel>
-#include <QPainter>
 #include <QPushButton>
 #include <QSet>
 #include <QTemporaryDir>
 
 #include "Common/Toolkit/ToolkitStyle.h"
 #include "Common/ToolkitTestSupport.h"
-#include "Common/Utilities/DcStateGuard.h"
 #include "Common/Utilities/FileNameCheck.h"
 #include "Common/Utilities/LanguageResources.h"
-#include "Common/Utilities/WordWrap.h"
 #include "Platform/Library.h"
 
 namespace {
@@ -50,21 +47,6 @@ TEST(LanguagePacks, HoldTheSameEntriesAndEveryoneTheSystemAsksFor) {
     EXPECT_EQ(ResourceString(53), "Kein Leistungsmesser");
 }
 
-TEST(LanguageResources, MissingEntriesOrPackLeaveTheirTargetAlone) {
-    for (bool withPack : {true, false}) {
-        ScopedLanguagePack language;
-        if (!withPack) AfxSetResourceHandle(nullptr);
-        const UINT missing = withPack ? 9 : 53;
-        std::wstring text = L"unchanged";
-        EXPECT_FALSE(LoadResourceString(missing, text));
-        EXPECT_EQ(text, L"unchanged");
-        QDialog dialog;
-        EXPECT_FALSE(LoadDialogTemplate(withPack ? 9 : 394, &dialog));
-        EXPECT_TRUE(dialog.children().isEmpty());
-        EXPECT_TRUE(LoadResourceBitmap(withPack ? 9 : 478).isNull());
-    }
-}
-
 TEST(LanguageResources, ReadsTheTestPacksOddLinesAndBothKindsOfTemplate) {
     ScopedLanguagePack language(OPM_TOOLKIT_TEST_PACK);
     ASSERT_TRUE(language.Loaded());
@@ -99,38 +81,6 @@ TEST(LanguageResources, ReadsTheTestPacksOddLinesAndBothKindsOfTemplate) {
     EXPECT_TRUE(toolkittest::WaitUntil([&] { return GetDlgItem(&laidOut, 502)->width() > 300; }));
 }
 
-struct WrapCase {
-    const char* text;
-    int limitInXs;  // in advances of "x", so that the face does not matter
-    QStringList lines;
-};
-
-class WordWrap : public testing::TestWithParam<WrapCase> {};
-
-TEST_P(WordWrap, BreaksAtBlanksWithinTheLimit) {
-    QFont font(QStringLiteral("DejaVu Sans Mono"));
-    font.setPixelSize(20);
-    const QFontMetrics metrics(font);
-    const int limit = metrics.horizontalAdvance(QString(GetParam().limitInXs, QLatin1Char('x')));
-    const QStringList lines = CWordWrap::Wrap(GetParam().text, metrics, limit);
-    EXPECT_EQ(lines, GetParam().lines);
-    const QSize extent = CWordWrap::Extent(lines, metrics);
-    EXPECT_EQ(extent.height(), lines.size() * metrics.lineSpacing());
-    int widest = 0;
-    for (const QString& line : lines) widest = std::max(widest, metrics.horizontalAdvance(line));
-    EXPECT_EQ(extent.width(), widest);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, WordWrap,
-    testing::Values(WrapCase{"short", 20, {"short"}},
-                    WrapCase{"aaaa bbbb cccc", 9, {"aaaa bbbb", "cccc"}},
-                    WrapCase{"aaaa bbbb cccc", 8, {"aaaa", "bbbb", "cccc"}},
-                    // A word longer than the limit stands alone, unbroken.
-                    WrapCase{"a verylongwordhere b", 6, {"a", "verylongwordhere", "b"}},
-                    WrapCase{"one\n\ntwo three", 40, {"one", "", "two three"}},
-                    WrapCase{"", 10, {""}}));
-
 struct NameCase {
     const wchar_t* name;
     const wchar_t* complaint;  // null: accepted
@@ -153,31 +103,16 @@ TEST_P(FileNameCheckTest, AcceptsOrSaysWhyNot) {
 
 INSTANTIATE_TEST_SUITE_P(
     Names, FileNameCheckTest,
-    testing::Values(
-        NameCase{L"temp", nullptr}, NameCase{L"span 2", nullptr}, NameCase{L"span1.bak", nullptr},
-        NameCase{L"measure", nullptr}, NameCase{L"   ", L"Please enter a name."},
-        NameCase{L"", L"Please enter a name."},
-        NameCase{L"a/b", L"A name must not contain the character /."},
-        NameCase{L"a\\b", L"A name must not contain the character \\."},
-        NameCase{L"why?", L"A name must not contain the character ?."},
-        NameCase{L"MEAS", L"The name MEAS is reserved. Please choose another name."},
-        NameCase{L"trace", L"The name trace is reserved. Please choose another name."},
-        NameCase{L"span1", L"A file span1.txt already exists. Please choose another name."}));
-
-TEST(DcStateGuard, RestoresWhatAHelperChanged) {
-    QImage image(10, 10, QImage::Format_ARGB32);
-    QPainter painter(&image);
-    painter.setPen(QPen(Qt::red, 3));
-    painter.setFont(QFont("Sans", 20));
-    {
-        DcStateGuard guard(painter);
-        painter.setPen(QPen(Qt::blue, 1));
-        painter.setFont(QFont("Serif", 8));
-        painter.setClipRect(0, 0, 2, 2);
-    }
-    EXPECT_EQ(painter.pen(), QPen(Qt::red, 3));
-    EXPECT_EQ(painter.font().pointSize(), 20);
-    EXPECT_FALSE(painter.hasClipping());
-}
+    testing::Values(NameCase{L"temp", nullptr}, NameCase{L"span 2", nullptr},
+                    NameCase{L"span1.bak", nullptr}, NameCase{L"measure", nullptr},
+                    NameCase{L"   ", L"Please enter a name."},
+                    NameCase{L"", L"Please enter a name."},
+                    NameCase{L"a/b", L"A name must not contain the character /."},
+                    NameCase{L"a\\b", L"A name must not contain the character \\."},
+                    NameCase{L"why?", L"A name must not contain the character ?."},
+                    NameCase{L"MEAS", L"The name MEAS is reserved. Please choose another name."},
+                    NameCase{L"trace", L"The name trace is reserved. Please choose another name."},
+                    NameCase{L"span1",
+                             L"A file span1.txt already exists. Please choose another name."}));
 
 }  // namespace
