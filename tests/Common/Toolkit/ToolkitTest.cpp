@@ -272,7 +272,8 @@ TEST_F(Submenu, KeysAndTapsChooseOrCancelAndTheFocusGoesBack) {
         {"Return tap1 ? Up Return", 0, 3, 1, 1, IDOK, 0},
         {"outside", 0, 3, 0, -1, IDCANCEL, 0},
         {"Esc", 0, 3, 0, -1, IDCANCEL, 0},
-        {"F1 ? F4", 3, 3, 0, -1, IDCANCEL, 0},  // only the opening key closes it
+        {"F1 F2 F3 ? F4", 3, 3, 0, -1, IDCANCEL, 0},  // only the opening key closes it
+        {"F2 F3 F4 ? F1", 0, 3, 0, -1, IDCANCEL, 0},
         {"screen:F2 screen:Down screen:Return", 0, 3, 0, -1, IDOK, 1},
     };
     for (const auto& c : cases) {

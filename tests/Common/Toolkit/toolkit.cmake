@@ -14,10 +14,9 @@ add_custom_target(toolkit-test-pack DEPENDS ${language_packs})
 # screen larger than the application's 640x480 window.
 opm_add_test(CommonToolkitTest
   OWN_MAIN
-  SOURCES ${CMAKE_CURRENT_LIST_DIR}/../ScreenMain.cpp ${CMAKE_CURRENT_LIST_DIR}/ToolkitTest.cpp
+  SOURCES ${CMAKE_CURRENT_LIST_DIR}/ScreenMain.cpp ${CMAKE_CURRENT_LIST_DIR}/ToolkitTest.cpp
           ${CMAKE_CURRENT_LIST_DIR}/../Utilities/UtilitiesTest.cpp
   LIBS Common Platform Qt6::Test opm_test_language_pack opm_test_screenshot
   LABELS ui)
-target_compile_definitions(CommonToolkitTest PRIVATE OPM_TEST_SCREEN="1280x800"
-                           OPM_TOOLKIT_TEST_PACK="${CMAKE_CURRENT_BINARY_DIR}/toolkit-test.rcc")
+target_compile_definitions(CommonToolkitTest PRIVATE OPM_TOOLKIT_TEST_PACK="${CMAKE_CURRENT_BINARY_DIR}/toolkit-test.rcc")
 add_dependencies(CommonToolkitTest toolkit-test-pack)

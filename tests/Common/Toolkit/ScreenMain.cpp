@@ -1,5 +1,6 @@
-// main() for the toolkit's GUI tests: one QApplication on an offscreen screen
-// of OPM_TEST_SCREEN ("<width>x<height>") unless the caller chose a platform.
+// main() for the toolkit's GUI tests: one QApplication on an offscreen desktop
+// screen larger than the application's 640x480 window, unless the caller chose
+// a platform.
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -10,11 +11,9 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     QTemporaryFile config(QDir::tempPath() + QStringLiteral("/opm-screen-XXXXXX.json"));
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
-    const QList<QByteArray> size = QByteArray(OPM_TEST_SCREEN).split('x');
     if ((platform.isEmpty() || platform == "offscreen") && config.open()) {
-        config.write(R"({"windowFrameMargins": false, "screens": [{"name": "screen", "x": 0, "y": 0,
-            "width": )" +
-                     size[0] + R"(, "height": )" + size[1] + R"(, "logicalDpi": 96, "dpr": 1}]})");
+        config.write(R"({"windowFrameMargins": false, "screens": [{"name": "desktop", "x": 0,
+            "y": 0, "width": 1280, "height": 800, "logicalDpi": 96, "dpr": 1}]})");
         config.flush();
         qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + config.fileName().toLocal8Bit());
     }
