@@ -647,7 +647,7 @@ TEST(FatalErrorBoxTest, ShowsTheTextTitledUnrecoverableErrorWithTheErrorIcon) {
     std::unique_ptr<QThread> worker(
         QThread::create([] { CFatalErrorBox::Show(L"hKey\nFile: AppConfig\nLine: 32"); }));
     worker->start();
-    EXPECT_TRUE(toolkittest::WaitUntil([&] { return worker->isFinished(); }));
+    EXPECT_TRUE(toolkittest::WaitUntil([&] { return worker->isFinished(); }) && worker->wait());
     EXPECT_EQ(shown,
               "Unrecoverable error|Unrecoverable error|hKey\nFile: AppConfig\nLine: 32|error icon");
 }
