@@ -1,9 +1,11 @@
 #include "Platform/FatalError.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <mutex>
 #include <string_view>
+#include <thread>
 
 #include "Platform/DebugOutput.h"
 #include "Platform/WideText.h"
@@ -11,7 +13,19 @@
 namespace {
 std::mutex boxMutex;
 platform::FatalErrorBox errorBox;
-std::atomic<bool> failing{false};
+
+// Exit handlers must run once: a thread that fails while another is already
+// ending the process waits for the end instead.
+[[noreturn]] void EndProcess() {
+    static std::atomic<bool> ending{false};
+    thread_local bool endingHere = false;
+    if (endingHere) std::_Exit(1);  // a check failing inside an exit handler
+    if (!ending.exchange(true)) {
+        endingHere = true;
+        std::exit(1);
+    }
+    for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+}
 
 // The name a technician knows the source by: no directory, no extension.
 std::string_view SourceName(std::string_view file) {
@@ -34,9 +48,6 @@ std::string FatalAssertionText(const char* expression, const char* file, int lin
 }
 
 void FatalAssertion(const char* expression, const char* file, int line) {
-    // A check that fails while the box of an earlier one is up must not stack boxes.
-    if (failing.exchange(true)) std::exit(1);
-
     DebugBreak();
     const std::wstring text = platform::FromUtf8(FatalAssertionText(expression, file, line));
     OutputDebugStringW((text + L"\n").c_str());
@@ -46,8 +57,10 @@ void FatalAssertion(const char* expression, const char* file, int line) {
         std::lock_guard lock(boxMutex);
         box = errorBox;
     }
+    // The box keeps one box at a time: for a later failure it returns once
+    // the first box has been closed.
     if (box) box(text);
-    std::exit(1);
+    EndProcess();
 }
 
 namespace platform {

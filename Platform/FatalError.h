@@ -13,7 +13,9 @@ std::string FatalAssertionText(const char* expression, const char* file, int lin
 
 namespace platform {
 // Hook that shows the "Unrecoverable error" box; installed by the toolkit when
-// a GUI exists. Without it the text goes to the debug output only.
+// a GUI exists. Without it the text goes to the debug output only. It is
+// called for every failure, from any thread, and the process ends when it
+// returns.
 using FatalErrorBox = std::function<void(const std::wstring& text)>;
 void SetFatalErrorBox(FatalErrorBox box);
 }  // namespace platform

@@ -1,13 +1,17 @@
 #include "Common/Toolkit/FatalErrorBox.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QMessageBox>
 #include <QMetaObject>
 #include <QSemaphore>
 #include <QThread>
-#include <atomic>
+#include <QTimer>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 
+#include "Common/Toolkit/PopupFrame.h"
 #include "Platform/FatalError.h"
 
 namespace {
@@ -24,6 +28,32 @@ QPushButton { color: #000000; background: #ffcc00; border: 3px solid #000000; bo
 // thread that is itself blocked (waiting for that worker, say) never does, and
 // the process must still end.
 constexpr int kPickUpTimeoutMs = 3000;
+
+// One box at a time. A failure while a box is up is mostly a consequence of
+// the first and its text is on the debug output already: it shows no box but
+// waits until that box is closed, so that the box stays up until it is read
+// and the process ends only then. Never destroyed: threads may still wait on
+// it while the process ends.
+struct BoxState {
+    std::mutex mutex;
+    std::condition_variable closedChanged;
+    bool up = false;
+    unsigned closedBoxes = 0;
+};
+BoxState& State() {
+    static auto* state = new BoxState;
+    return *state;
+}
+
+void MarkClosed() {
+    {
+        std::lock_guard lock(State().mutex);
+        if (!State().up) return;
+        State().up = false;
+        ++State().closedBoxes;
+    }
+    State().closedChanged.notify_all();
+}
 
 // Platforms that draw nowhere a person could read the box.
 bool IsHeadlessPlatform(const QString& name) {
@@ -45,6 +75,16 @@ bool CFatalErrorBox::CanShow() {
 void CFatalErrorBox::Show(const std::wstring& text) {
     QCoreApplication* app = QCoreApplication::instance();
     if (app == nullptr) return;
+    {
+        std::unique_lock lock(State().mutex);
+        if (State().up) {
+            const unsigned closedBefore = State().closedBoxes;
+            lock.unlock();
+            WaitUntilClosed(closedBefore);
+            return;
+        }
+        State().up = true;
+    }
     if (QThread::currentThread() == app->thread()) {
         ShowOnGuiThread(text);
         return;
@@ -70,12 +110,36 @@ void CFatalErrorBox::Show(const std::wstring& text) {
 // title is also the box's first, bold line and the box draws its own frame.
 // Nothing here comes from the language pack: the pack may be what failed.
 void CFatalErrorBox::ShowOnGuiThread(const std::wstring& text) {
+    QWidget* parent = QApplication::activeWindow();
     QMessageBox box(QMessageBox::Critical, QString::fromLatin1(kTitle), QString::fromLatin1(kTitle),
-                    QMessageBox::Ok, QApplication::activeWindow(),
-                    Qt::Dialog | Qt::FramelessWindowHint);
+                    QMessageBox::Ok, parent, Qt::Dialog | Qt::FramelessWindowHint);
     box.setInformativeText(QString::fromStdWString(text));
     box.setTextFormat(Qt::PlainText);
     box.setAttribute(Qt::WA_StyledBackground);
     box.setStyleSheet(QString::fromLatin1(kStyle));
+    box.move(CPopupFrame::PlaceOver(box.sizeHint(), parent).topLeft());
+    // Closed as soon as the user closes it, even while a later failure's wait
+    // keeps this exec() from returning.
+    QObject::connect(&box, &QDialog::finished, [] { MarkClosed(); });
     box.exec();
+    MarkClosed();
+}
+
+void CFatalErrorBox::WaitUntilClosed(unsigned closedBefore) {
+    const auto closed = [closedBefore] { return State().closedBoxes != closedBefore; };
+    if (QThread::currentThread() != QCoreApplication::instance()->thread()) {
+        std::unique_lock lock(State().mutex);
+        State().closedChanged.wait(lock, closed);
+        return;
+    }
+    // The UI thread, most likely a timer under the first box's own loop:
+    // blocking here would freeze that box for good, so events go on.
+    QEventLoop loop;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&loop, closed] {
+        std::lock_guard lock(State().mutex);
+        if (closed()) loop.quit();
+    });
+    poll.start(10);
+    loop.exec();
 }

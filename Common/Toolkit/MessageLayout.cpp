@@ -37,7 +37,7 @@ void CMessageLayout::Arrange(CPopupFrame& frame, QLabel& text, QPushButton& left
 
 void CMessageLayout::ArrangeRow(CPopupFrame& frame, QLabel& text, QPushButton* const* keys,
                                 int count, const QWidget* parent) {
-    const int maxLineWidth = CPopupFrame::ScreenRect().width() * 2 / 3;
+    const int maxLineWidth = CPopupFrame::WindowRect(parent).width() * 2 / 3;
     const QFontMetrics metrics(text.font());
     const QStringList lines = CWordWrap::Wrap(text.text(), metrics, maxLineWidth);
     const QSize extent = CWordWrap::Extent(lines, metrics);

@@ -1,7 +1,7 @@
 #pragma once
 // How a message box sizes itself around its text and places itself: the text
-// wrapped to two thirds of the screen width, a 30-pixel margin, the OK key
-// centred 20 pixels below the text, the box centred over its parent.
+// wrapped to two thirds of the application window's width, a 30-pixel margin,
+// the OK key centred 20 pixels below the text, the box centred over its parent.
 
 class CPopupFrame;
 class QLabel;

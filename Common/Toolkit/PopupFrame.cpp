@@ -1,8 +1,8 @@
 #include "Common/Toolkit/PopupFrame.h"
 
+#include <QApplication>
 #include <QDialog>
 #include <QFontMetrics>
-#include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -21,12 +21,21 @@ QPushButton:focus, QPushButton[marked="true"] { background: #ffcc00; border: 4px
 QPushButton:pressed { background: #303030; color: #ffffff; }
 QPushButton:disabled { color: #9a9a9a; border-color: #b0b0b0; }
 )";
+
+// Marks a box, so that a box is never taken for the application's window.
+constexpr const char* kBoxProperty = "popupBox";
+
+const QWidget* ApplicationWindow(const QWidget* widget) {
+    while (widget != nullptr && widget->parentWidget() != nullptr) widget = widget->parentWidget();
+    return widget != nullptr && !widget->property(kBoxProperty).toBool() ? widget : nullptr;
+}
 }  // namespace
 
 CPopupFrame::CPopupFrame(QDialog& box, bool withCaption) : box(box) {
     box.setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint);
     box.setAttribute(Qt::WA_StyledBackground);
     box.setStyleSheet(QString::fromLatin1(kStyle));
+    box.setProperty(kBoxProperty, true);
     if (withCaption) {
         caption = new QLabel(&box);
         caption->setObjectName(QStringLiteral("caption"));
@@ -82,16 +91,25 @@ QRect CPopupFrame::ScreenRect() {
     return screen != nullptr ? screen->geometry() : QRect(0, 0, 640, 480);
 }
 
-QRect CPopupFrame::CentredRect(const QSize& size, const QRect& over, const QRect& screen) {
+QRect CPopupFrame::WindowRect(const QWidget* parent) {
+    const QWidget* window = ApplicationWindow(parent);
+    if (window == nullptr) window = ApplicationWindow(QApplication::activeWindow());
+    for (const QWidget* shown : QApplication::topLevelWidgets()) {
+        if (window != nullptr) break;
+        if (shown->isVisible()) window = ApplicationWindow(shown);
+    }
+    return window != nullptr ? window->frameGeometry() : ScreenRect();
+}
+
+QRect CPopupFrame::CentredRect(const QSize& size, const QRect& over, const QRect& area) {
     QRect placed(QPoint(0, 0), size);
     placed.moveCenter(over.center());
-    if (!screen.contains(placed)) placed.moveCenter(screen.center());
+    if (!area.contains(placed)) placed.moveCenter(area.center());
     return placed;
 }
 
 QRect CPopupFrame::PlaceOver(const QSize& size, const QWidget* parent) {
-    const QRect screen = ScreenRect();
+    const QRect area = WindowRect(parent);
     const QWidget* window = parent != nullptr ? parent->window() : nullptr;
-    const QRect over = window != nullptr ? window->frameGeometry() : screen;
-    return CentredRect(size, over, screen);
+    return CentredRect(size, window != nullptr ? window->frameGeometry() : area, area);
 }

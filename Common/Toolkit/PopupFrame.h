@@ -35,12 +35,18 @@ public:
     // idea of the current key, whether or not its window has the focus.
     static void Mark(QPushButton* key, bool marked);
 
-    // The screen the boxes are placed on (GetSystemMetrics of the old system).
+    // The whole screen (GetSystemMetrics of the old system).
     static QRect ScreenRect();
-    // Centred over `over`; centred on the screen instead when that would
-    // reach outside the screen.
-    static QRect CentredRect(const QSize& size, const QRect& over, const QRect& screen);
-    // The rectangle a box of this size takes over its parent (or the screen).
+    // What a box is laid out against: the application's window, found through
+    // `parent` (past any boxes it stands on), else the active window, else
+    // any shown window; the screen only when there is no window. On the
+    // instrument they are the same; on a desktop the window is smaller.
+    static QRect WindowRect(const QWidget* parent);
+    // Centred over `over`; centred in `area` instead when that would reach
+    // outside it.
+    static QRect CentredRect(const QSize& size, const QRect& over, const QRect& area);
+    // The rectangle a box of this size takes over its parent, within the
+    // application's window.
     static QRect PlaceOver(const QSize& size, const QWidget* parent);
 
 private:

@@ -1,47 +1,98 @@
 #pragma once
-// Helpers shared by the toolkit's tests.
+// Helpers shared by the toolkit's tests: readable QStrings and the one
+// bounded way to reach a box that runs its own event loop.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDialog>
 #include <QElapsedTimer>
+#include <QPointer>
 #include <QTest>
-#include <string>
+#include <QTimer>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <thread>
 
 #include "Platform/FatalError.h"
+#include "support/LanguagePack.h"
 
-// A fatal assertion: exit code 1 and the exact text (expression, file, line).
-#define EXPECT_FATAL_AT(statement, expression, file, line)                             \
-    do {                                                                               \
-        GTEST_FLAG_SET(death_test_style, "threadsafe");                                \
-        EXPECT_EXIT(statement, ::testing::ExitedWithCode(1),                           \
-                    ::testing::HasSubstr(FatalAssertionText(expression, file, line))); \
-    } while (false)
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
 
-// A fatal assertion whose line is not documented: expression and file.
-#define EXPECT_FATAL(statement, expression, file)                                         \
-    do {                                                                                  \
-        GTEST_FLAG_SET(death_test_style, "threadsafe");                                   \
-        EXPECT_EXIT(statement, ::testing::ExitedWithCode(1),                              \
-                    ::testing::HasSubstr(std::string(expression) + "\nFile: " + (file))); \
-    } while (false)
+namespace toolkittest {
 
-// Polls events until `condition` holds; false when it still does not after
-// `timeoutMs` (which only matters when the test fails).
+constexpr int kDeadlineMs = 5000;
+
+// Polls events until `condition` holds; false after the deadline.
 template <class Condition>
-bool WaitUntil(Condition condition, int timeoutMs = 5000) {
+bool WaitUntil(Condition condition) {
     QElapsedTimer clock;
     clock.start();
     while (!condition()) {
-        if (clock.elapsed() > timeoutMs) return false;
-        QTest::qWait(10);
+        if (clock.elapsed() > kDeadlineMs) return false;
+        QTest::qWait(5);
     }
     return true;
 }
 
-// Lets posted events and deferred deletes run.
-inline void ProcessEvents() {
-    QApplication::processEvents();
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+// Every box that is up, so that a failed test ends instead of waiting for ever.
+inline void CloseAllBoxes() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        auto* box = qobject_cast<QDialog*>(window);
+        if (box == nullptr || !box->isVisible()) continue;
+        QTest::keyClick(box, Qt::Key_Escape);  // a submenu ends its loop on Escape only
+        if (box->isVisible()) box->reject();
+    }
 }
+
+// Runs `script` inside the event loop of the first visible window of type T
+// other than `outer`, once it shows, and then waits for it to close. Past the
+// deadline, either way, the test fails with "waiting for <what>" and every box
+// is closed; a test still stuck 10 s later ends the run rather than hang it.
+template <typename T>
+void WhenShown(const char* what, std::function<void(T*)> script, QWidget* outer = nullptr) {
+    struct Watch {
+        QTimer poll;
+        QElapsedTimer clock;
+        QPointer<T> box;
+        bool seen = false;
+    };
+    auto* watch = new Watch;
+    watch->clock.start();
+    QObject::connect(&watch->poll, &QTimer::timeout, [=] {
+        if (!watch->seen) {
+            for (QWidget* window : QApplication::topLevelWidgets()) {
+                auto* box = qobject_cast<T*>(window);
+                if (box == nullptr || box == outer || !box->isVisible()) continue;
+                watch->box = box;
+                watch->seen = true;
+                // Not from this slot: a script that opens a box of its own
+                // must leave this deadline running.
+                QTimer::singleShot(0, box, [script, box] { script(box); });
+                return;
+            }
+        } else if (watch->box.isNull() || !watch->box->isVisible()) {
+            watch->poll.stop();
+            return QTimer::singleShot(0, [watch] { delete watch; });
+        }
+        if (watch->clock.elapsed() < kDeadlineMs) return;
+        ADD_FAILURE() << "waiting for " << what << (watch->seen ? " to close" : " to show");
+        watch->poll.stop();
+        CloseAllBoxes();
+        // A loop that a broken box never ends would keep the test from ending.
+        std::thread([test = testing::UnitTest::GetInstance()->current_test_info(), what] {
+            std::this_thread::sleep_for(std::chrono::seconds(10));
+            if (testing::UnitTest::GetInstance()->current_test_info() != test) return;
+            std::fprintf(stderr, "waiting for %s: it does not close, ending the run\n", what);
+            std::_Exit(1);
+        }).detach();
+        QTimer::singleShot(0, [watch] { delete watch; });
+    });
+    watch->poll.start(5);
+}
+
+}  // namespace toolkittest
