@@ -395,11 +395,11 @@ protected:
     }
 };
 
-// A box from its spec: "message:<text>", "message:53" (from the pack),
+// A box from its description: "message:<text>", "message:53" (from the pack),
 // "countdown:<seconds>[:hidden]", "question", "editor:<title>:<value>:<min>:
 // <max>:<decimals>", "keyboard:<text>[:checked]", "browser".
-std::shared_ptr<QDialog> MakeBox(const QString& spec) {
-    const QStringList a = spec.split(':');
+std::shared_ptr<QDialog> MakeBox(const QString& description) {
+    const QStringList a = description.split(':');
     const std::wstring text = a.value(1).toStdWString();
     if (a[0] == "message" && a[1] == "53") return std::make_shared<CMessage>(53u, nullptr);
     if (a[0] == "message") return std::make_shared<CMessage>(text, nullptr);
@@ -808,8 +808,8 @@ TEST_P(GalleryTest, Boxes) {
         {"virtual-keyboard", "keyboard:temp"},
         {"file-browser", "browser"}};
     QTemporaryDir data;
-    for (const auto& [name, spec] : boxes) {
-        const std::shared_ptr<QDialog> box = MakeBox(spec);
+    for (const auto& [name, description] : boxes) {
+        const std::shared_ptr<QDialog> box = MakeBox(description);
         if (auto* browser = dynamic_cast<CFileSystemBrowser*>(box.get())) {
             browser->move(0, 0);  // a screen of its own
             browser->SetLocationSource([&] {
