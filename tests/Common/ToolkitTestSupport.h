@@ -55,15 +55,18 @@ inline void CloseAllBoxes() {
 // is closed; a test still stuck 10 s later ends the run rather than hang it.
 template <typename T>
 void WhenShown(const char* what, std::function<void(T*)> script, QWidget* outer = nullptr) {
-    struct Watch {
-        QTimer poll;
+    // A child of the application: a watch whose end the event loop never
+    // reached goes with the application.
+    struct Watch : QObject {
+        QTimer poll{this};
         QElapsedTimer clock;
         QPointer<T> box;
         bool seen = false;
     };
     auto* watch = new Watch;
+    watch->setParent(qApp);
     watch->clock.start();
-    QObject::connect(&watch->poll, &QTimer::timeout, [=] {
+    QObject::connect(&watch->poll, &QTimer::timeout, watch, [=] {
         if (!watch->seen) {
             for (QWidget* window : QApplication::topLevelWidgets()) {
                 auto* box = qobject_cast<T*>(window);
@@ -77,7 +80,7 @@ void WhenShown(const char* what, std::function<void(T*)> script, QWidget* outer 
             }
         } else if (watch->box.isNull() || !watch->box->isVisible()) {
             watch->poll.stop();
-            return QTimer::singleShot(0, [watch] { delete watch; });
+            return watch->deleteLater();
         }
         if (watch->clock.elapsed() < kDeadlineMs) return;
         ADD_FAILURE() << "waiting for " << what << (watch->seen ? " to close" : " to show");
@@ -90,7 +93,7 @@ void WhenShown(const char* what, std::function<void(T*)> script, QWidget* outer 
             std::fprintf(stderr, "waiting for %s: it does not close, ending the run\n", what);
             std::_Exit(1);
         }).detach();
-        QTimer::singleShot(0, [watch] { delete watch; });
+        watch->deleteLater();
     });
     watch->poll.start(5);
 }
