@@ -42,8 +42,10 @@ TEST_F(AtomicFileTest, AReadOnlyTargetOrADirectoryIsNotReplaced) {
     ScratchDirectory::Write(target, "old");
     fs::permissions(target, fs::perms::owner_read | fs::perms::group_read);
     fs::create_directory(dir.Path("sub"));
-    for (const char* name : {"opm.ini", "sub", "no/such.ini"})
+    for (const char* name : {"opm.ini", "sub", "no/such.ini"}) {
         EXPECT_FALSE(platform::WriteFileAtomically(dir.Path(name), "new")) << name;
+        EXPECT_FALSE(platform::AtomicFileWriter(dir.Path(name)).Commit()) << name;
+    }
     EXPECT_EQ(ScratchDirectory::Read(target), "old");
     EXPECT_EQ(Files(), 2u);
 }

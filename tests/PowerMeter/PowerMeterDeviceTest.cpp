@@ -274,7 +274,7 @@ const struct ConfigRow {
     {"other values are off", "[LightSource_X7]\nNoOPM=2\nNoVFL=abc\n", {}, false, false},
     {"common switches are ignored", "[LightSource]\nNoOPM=1\nNoVFL=1\n", {}, false, false},
     {"another model's switch is ignored", "[LightSource_Y1]\nNoOPM=1\n", {}, false, false},
-    {"identifier kept unsigned, wavelength 0 allowed", "[LightSource]\nLsLasersNum=1\nLsLaserId0=-2\nLsLaserWaveLength0=0\n", {{4294967294u, 0}}, false, false},
+    {"identifier kept unsigned, an unreadable wavelength is 0", "[LightSource]\nLsLasersNum=1\nLsLaserId0=-2\nLsLaserWaveLength0=n/a\n", {{4294967294u, 0}}, false, false},
     // clang-format on
 };
 

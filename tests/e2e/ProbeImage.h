@@ -3,6 +3,7 @@
 // run from it. Paths of the build come from the build system. Every wait for
 // a child process is bounded and says what it waited for.
 
+#include <QDeadlineTimer>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <cstdlib>
@@ -43,13 +44,16 @@ public:
     explicit Probe(std::unique_ptr<QProcess> process) : process(std::move(process)) {}
     ~Probe() { Stop(); }
 
-    // The next reading; nothing when the probe ended or printed nothing for a long time.
+    // The next reading; nothing when the probe ended or printed no reading for
+    // a long time (lines that are not readings, "nan" among them, do not count).
     std::optional<Reading> Next() {
+        const QDeadlineTimer deadline(kLineLimitMs);
         for (;;) {
             while (!process->canReadLine())
-                if (process->state() == QProcess::NotRunning ||
-                    !process->waitForReadyRead(kLineLimitMs))
+                if (process->state() == QProcess::NotRunning || deadline.hasExpired() ||
+                    !process->waitForReadyRead(static_cast<int>(deadline.remainingTime())))
                     return std::nullopt;
+            if (deadline.hasExpired()) return std::nullopt;
             if (std::optional<Reading> reading = Parse(process->readLine().trimmed().toStdString()))
                 return reading;
         }

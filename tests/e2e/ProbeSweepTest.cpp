@@ -83,9 +83,10 @@ std::vector<std::string> SweepSlot(int slot) {
                     steady = current;
             }
             const std::string at = Dbm(step.input) + " dBm";
+            // Each later step would wait as long again for the same answer.
             if (!steady) {
-                failures.push_back("no steady reading at " + at);
-                continue;
+                failures.push_back("no steady reading at " + at + "; the sweep ends here");
+                break;
             }
             if (std::fabs(steady->dBm - step.expected) > kTolerance ||
                 (step.range >= 0 && steady->range != step.range))
