@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -24,7 +25,7 @@ using e2e::Reading;
 constexpr double kTolerance = 0.05;  // dB
 constexpr double kOverRange = 20.0;  // dBm, beyond the scale at every wavelength
 constexpr int kSettleLimit = 8;
-const std::vector<int> kWavelengths = {850, 1300, 1310, 1490, 1550, 1625};
+constexpr std::array<int, 6> kWavelengths = {850, 1300, 1310, 1490, 1550, 1625};
 
 std::string Dbm(double value) {
     char text[32];
