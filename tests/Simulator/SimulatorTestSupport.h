@@ -4,22 +4,19 @@
 // processes that cannot hang a test.
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 #include "Simulator/bench/Bench.h"
+#include "Support/ScratchDirectory.h"
 
 namespace simtest {
 
-inline std::string ReadText(const std::string& path) {
-    std::ifstream file(path);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
+inline std::string ReadText(const std::string& path) { return ScratchDirectory::Read(path); }
 
 // Runs a shell command for at most two minutes; its exit code, or -1 (with a
 // failure naming what hung) when it had to be stopped.
@@ -37,17 +34,11 @@ public:
     static constexpr const char* kFast = "[adc]\nconversionUs = 0\n";
 
     explicit TempBench(const std::string& text = kFast) {
-        char pattern[] = "/tmp/opm-sim-XXXXXX";
-        directory = mkdtemp(pattern);
-        path = directory + "/bench.ini";
         Write(text);
         sim::Bench::Instance().UsePath(path);
         sim::Bench::Instance().ResetRun();
     }
-    ~TempBench() {
-        sim::Bench::Instance().UsePath(directory + "/absent.ini");
-        std::filesystem::remove_all(directory);
-    }
+    ~TempBench() { sim::Bench::Instance().UsePath(directory + "/absent.ini"); }
     TempBench(const TempBench&) = delete;
     TempBench& operator=(const TempBench&) = delete;
 
@@ -57,8 +48,9 @@ public:
         std::filesystem::rename(path + ".new", path);
     }
 
-    std::string directory;
-    std::string path;
+    ScratchDirectory scratch;
+    std::string directory = scratch.Root().string();
+    std::string path = directory + "/bench.ini";
 };
 
 }  // namespace simtest

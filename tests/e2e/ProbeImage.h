@@ -9,13 +9,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "Support/ScratchDirectory.h"
 
 namespace e2e {
 
@@ -93,10 +94,6 @@ class ProbeImage {
 public:
     // Assembles the image in a new temporary directory.
     ProbeImage() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "opm-e2e-image-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-        dir = pattern + "/";
         QProcess make;
         make.setProcessChannelMode(QProcess::MergedChannels);
         make.start(OPM_MAKE_IMAGE, {OPM_BUILD_DIR, QString::fromStdString(dir)});
@@ -105,10 +102,6 @@ public:
             throw std::runtime_error("make-image.sh failed: " + error +
                                      make.readAll().toStdString());
         WriteBench("");
-    }
-    ~ProbeImage() {
-        std::error_code ignored;
-        std::filesystem::remove_all(dir, ignored);
     }
 
     // Replaces bench.ini as an editor that saves atomically would; the ADC
@@ -132,11 +125,11 @@ public:
         return std::make_unique<Probe>(std::move(process));
     }
     std::string ReadText(const std::string& relativePath) const {
-        std::ifstream file(dir + relativePath, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
+        return ScratchDirectory::Read(dir + relativePath);
     }
 
-    std::string dir;
+    ScratchDirectory scratch;
+    std::string dir = scratch.Root().string() + "/";
 };
 
 }  // namespace e2e
