@@ -88,8 +88,7 @@ TEST(LenUnitTest, FormatRoundedPicksTheBandByMagnitude) {
         EXPECT_EQ(length, static_cast<int>(strlen(c.plain)));
         EXPECT_EQ(u.FormatRounded(text, c.x, c.magnitude, true), length);
         EXPECT_STREQ(text, c.stripped);
-        EXPECT_EQ(u.FormatRounded(text, c.magnitude),
-                  u.FormatRounded(text, c.magnitude, c.magnitude, false));
+        if (c.x == c.magnitude) EXPECT_STREQ((u.FormatRounded(text, c.x), text), c.plain);
     }
 }
 
