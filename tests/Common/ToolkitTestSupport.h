@@ -11,9 +11,11 @@
 #include <QPointer>
 #include <QTest>
 #include <QTimer>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <thread>
 
 #include "Platform/FatalError.h"
@@ -53,6 +55,8 @@ inline void CloseAllBoxes() {
 // other than `outer`, once it shows, and then waits for it to close. Past the
 // deadline, either way, the test fails with "waiting for <what>" and every box
 // is closed; a test still stuck 10 s later ends the run rather than hang it.
+// That last guard is a thread of its own: a box that swallows every event
+// (the application's too) starves any timer of the loop.
 template <typename T>
 void WhenShown(const char* what, std::function<void(T*)> script, QWidget* outer = nullptr) {
     // A child of the application: a watch whose end the event loop never
@@ -66,6 +70,19 @@ void WhenShown(const char* what, std::function<void(T*)> script, QWidget* outer 
     auto* watch = new Watch;
     watch->setParent(qApp);
     watch->clock.start();
+    auto closed = std::make_shared<std::atomic<bool>>(false);
+    std::thread([closed, test = testing::UnitTest::GetInstance()->current_test_info(), what] {
+        const auto end =
+            std::chrono::steady_clock::now() + std::chrono::milliseconds(kDeadlineMs + 10000);
+        while (std::chrono::steady_clock::now() < end)
+            if (closed->load())
+                return;
+            else
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        if (testing::UnitTest::GetInstance()->current_test_info() != test) return;
+        std::fprintf(stderr, "waiting for %s: it does not end, ending the run\n", what);
+        std::_Exit(1);
+    }).detach();
     QObject::connect(&watch->poll, &QTimer::timeout, watch, [=] {
         if (!watch->seen) {
             for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -79,6 +96,7 @@ void WhenShown(const char* what, std::function<void(T*)> script, QWidget* outer 
                 return;
             }
         } else if (watch->box.isNull() || !watch->box->isVisible()) {
+            closed->store(true);
             watch->poll.stop();
             return watch->deleteLater();
         }
@@ -86,13 +104,6 @@ void WhenShown(const char* what, std::function<void(T*)> script, QWidget* outer 
         ADD_FAILURE() << "waiting for " << what << (watch->seen ? " to close" : " to show");
         watch->poll.stop();
         CloseAllBoxes();
-        // A loop that a broken box never ends would keep the test from ending.
-        std::thread([test = testing::UnitTest::GetInstance()->current_test_info(), what] {
-            std::this_thread::sleep_for(std::chrono::seconds(10));
-            if (testing::UnitTest::GetInstance()->current_test_info() != test) return;
-            std::fprintf(stderr, "waiting for %s: it does not close, ending the run\n", what);
-            std::_Exit(1);
-        }).detach();
         watch->deleteLater();
     });
     watch->poll.start(5);
