@@ -53,13 +53,13 @@ class SimulatedDevices : public testing::Test, public IUserNotifier {
 protected:
     void SetUp() override {
         platform::OverrideModuleFileName(platform::FromUtf8(Image() + "PowerMeter"));
-        platform::LoadHiveFromText(ReadFile(Image() + "registry.reg"));
+        platform::LoadHiveFromText(ScratchDirectory::Read(Image() + "registry.reg"));
         platform::DeactivateStreamDevices();
         log = std::make_unique<TLogFile>((bench.directory + "/PowerMeter.log").c_str(), 1, 0);
         SetLogFile(log.get());
         SetLenUnit(&lenUnit);
         Bench("");
-        WriteFile(Image() + "etc_gui/opm.ini", kOpmIni);
+        ScratchDirectory::Write(Image() + "etc_gui/opm.ini", kOpmIni);
         messages.clear();
     }
     void TearDown() override {
@@ -67,13 +67,6 @@ protected:
         delete ModuleDll;
         ModuleDll = nullptr;
         SetLogFile(nullptr);
-    }
-    static void WriteFile(const std::string& path, const std::string& text) {
-        std::ofstream(path) << text;
-    }
-    static std::string ReadFile(const std::string& path) {
-        std::ifstream file(path);
-        return std::string(std::istreambuf_iterator<char>(file), {});
     }
     // A quiet, instant bench with the lasers of model X7, then the test's own keys (a later key
     // wins).
@@ -97,7 +90,7 @@ protected:
     // The application's message lines ('U', level 'M'), text and detail as written.
     Lines UserLines() const {
         Lines lines;
-        std::istringstream text(ReadFile(bench.directory + "/PowerMeter.log"));
+        std::istringstream text(ScratchDirectory::Read(bench.directory + "/PowerMeter.log"));
         for (std::string line; std::getline(text, line);)
             if (const auto at = line.find("  U M\t "); at != std::string::npos)
                 lines.push_back(line.substr(at + 7));
@@ -152,7 +145,7 @@ TEST_F(SimulatedDevices, EachFailureLeavesTheDocumentedState) {
         SetUp();
         Bench(row.bench);
         std::filesystem::remove(Image() + "etc_gui/opm.ini");
-        if (!row.ini.empty()) WriteFile(Image() + "etc_gui/opm.ini", row.ini);
+        if (!row.ini.empty()) ScratchDirectory::Write(Image() + "etc_gui/opm.ini", row.ini);
         if (!row.module.empty()) LoadModule(row.module);
         EXPECT_EQ(Init(), row.result);
         EXPECT_EQ(manager->GetLightSource() != nullptr, row.lightSource);
@@ -196,8 +189,8 @@ TEST_F(SimulatedDevices, TheLaserWordIsTheIdentifierWithBitEightForModeOne) {
     source.SwitchOff();
     EXPECT_TRUE(sim::Bench::Instance().Lasers().id == 0 && !source.IsAnyLaserOn());
     // A laser the board does not have: the module refuses the word.
-    WriteFile(bench.directory + "/ls.ini",
-              "[LightSource]\nLsLasersNum=1\nLsLaserId0=9\nLsLaserWaveLength0=850\n");
+    ScratchDirectory::Write(bench.directory + "/ls.ini",
+                            "[LightSource]\nLsLasersNum=1\nLsLaserId0=9\nLsLaserWaveLength0=850\n");
     const CLightSourceConfig unknown((bench.directory + "/ls.ini").c_str(), L"X7");
     EXPECT_EXIT(CLightSource(unknown).SwitchOn(0, 0), testing::ExitedWithCode(1),
                 "(^|\n)result == 1\nFile: LightSource\n");
@@ -282,7 +275,7 @@ TEST_F(SimulatedDevices, ReadsLasersAndModelSwitches) {
     const std::string path = bench.directory + "/ls.ini";
     for (const ConfigRow& row : kConfigs) {
         SCOPED_TRACE(row.name);
-        WriteFile(path, row.ini);
+        ScratchDirectory::Write(path, row.ini);
         const CLightSourceConfig config(path.c_str(), L"X7");
         Lasers read;
         for (std::size_t i = 0; i < config.GetLasersNum(); ++i)
@@ -306,10 +299,10 @@ TEST_F(SimulatedDevices, WriteNoOPMSetsTheModelsKeyAndKeepsEverythingElse) {
     };
     for (const auto& [before, model, value, after] : rows) {
         std::filesystem::remove(path);
-        if (before) WriteFile(path, before);
+        if (before) ScratchDirectory::Write(path, before);
         EXPECT_EQ(WriteNoOPM(path.c_str(), platform::FromUtf8(model), std::stoi(value)),
                   after != nullptr);
-        EXPECT_EQ(ReadFile(path), after ? after : "");
+        EXPECT_EQ(ScratchDirectory::Read(path), after ? after : "");
     }
 }
 

@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <iostream>
 #include <random>
 #include <string>
 #include <thread>
@@ -144,9 +143,8 @@ void KillRepeatedly(const std::string& path, const std::function<void()>& prepar
         inside += std::filesystem::exists(path + ".tmp");
         onDisk = found;
     }
-    std::cout << inside << " of " << Kills << " kills inside a write of about " << spread.count()
-              << " us / 2\n";
-    EXPECT_GE(inside, MinKillsInsideAWrite);
+    EXPECT_GE(inside, MinKillsInsideAWrite)
+        << "of " << Kills << " kills, writes of about " << spread.count() << " us / 2";
 }
 
 TEST(CrashInjectionTest, IniFileIsAlwaysOneCompleteVersion) {
