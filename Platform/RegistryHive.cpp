@@ -85,8 +85,7 @@ bool RegistryHive::ParseLine(const std::string& line, std::ptrdiff_t& current) {
     if (line[0] == '[') {
         if (line.size() < 3 || line.back() != ']' || line[1] == '-') {
             // What follows a rejected header belongs to no key, not to the one above.
-            keys.push_back(RegistryKeyData{});
-            current = static_cast<std::ptrdiff_t>(keys.size()) - 1;
+            current = AddUnnamedBlock();
             return false;
         }
         current = &AddKey(FromUtf8(line.substr(1, line.size() - 2))) - keys.data();
@@ -124,11 +123,13 @@ bool RegistryHive::ParseLine(const std::string& line, std::ptrdiff_t& current) {
 }
 
 void RegistryHive::KeepLine(const std::string& rawLine, std::ptrdiff_t& current) {
-    if (current < 0) {
-        keys.push_back(RegistryKeyData{});
-        current = static_cast<std::ptrdiff_t>(keys.size()) - 1;
-    }
+    if (current < 0) current = AddUnnamedBlock();
     keys[static_cast<size_t>(current)].unparsed.push_back(rawLine);
+}
+
+std::ptrdiff_t RegistryHive::AddUnnamedBlock() {
+    keys.push_back(RegistryKeyData{});
+    return static_cast<std::ptrdiff_t>(keys.size()) - 1;
 }
 
 std::string RegistryHive::Serialize() const {

@@ -48,6 +48,8 @@ public:
 private:
     bool ParseLine(const std::string& line, std::ptrdiff_t& current);
     void KeepLine(const std::string& rawLine, std::ptrdiff_t& current);
+    // A block of lines that belong to no key; its index.
+    std::ptrdiff_t AddUnnamedBlock();
     std::vector<RegistryKeyData> keys;
 };
 

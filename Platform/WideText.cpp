@@ -15,7 +15,9 @@ std::wstring FromUtf8(std::string_view text) {
 
 bool IsUtf8(std::string_view text) {
     QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString decoded =
+    // decode() is lazy: the bytes go through, and set the error state, only
+    // when its result becomes a QString.
+    [[maybe_unused]] const QString decoded =
         decoder.decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
     return !decoder.hasError();
 }

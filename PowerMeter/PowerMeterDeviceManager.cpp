@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "Common/Settings/AppConfig.h"
-#include "Common/Toolkit/IUserNotifier.h"
 #include "Common/Settings/Logging.h"
+#include "Common/Toolkit/IUserNotifier.h"
 #include "Platform/FatalError.h"
 #include "Platform/WideText.h"
 #include "PowerMeter/HardwareOPMMeterBackend.h"

@@ -8,9 +8,9 @@
 #include "Common/Toolkit/DialogResults.h"
 #include "Common/Toolkit/DigitEdit.h"
 #include "Common/Toolkit/FontCreator.h"
-#include "Common/Utilities/LanguageResources.h"
 #include "Common/Toolkit/Message.h"
 #include "Common/Toolkit/VirtualKeys.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "Platform/FatalError.h"
 
 CChangeValueDialog::CChangeValueDialog(const std::wstring& title, double value, double minValue,

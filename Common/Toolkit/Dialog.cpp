@@ -6,8 +6,8 @@
 #include <QTextEdit>
 #include <QTimerEvent>
 
-#include "Common/Utilities/LanguageResources.h"
 #include "Common/Toolkit/NotifyEvent.h"
+#include "Common/Utilities/LanguageResources.h"
 
 CDialog::CDialog(UINT templateId, QWidget* parent) : QDialog(parent), templateId(templateId) {}
 

@@ -10,11 +10,11 @@
 
 #include "Common/Toolkit/FileIcons.h"
 #include "Common/Toolkit/FontCreator.h"
-#include "Common/Utilities/LanguageResources.h"
 #include "Common/Toolkit/MessageBoxEx.h"
 #include "Common/Toolkit/SubmenuDialog.h"
 #include "Common/Toolkit/TextMenuKey.h"
 #include "Common/Toolkit/VirtualKeys.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "Platform/FatalError.h"
 #include "Platform/ModulePath.h"
 

@@ -3,9 +3,9 @@
 #include <QCoreApplication>
 
 #include "Common/Toolkit/BitmapMenuKey.h"
-#include "Common/Utilities/LanguageResources.h"
 #include "Common/Toolkit/MenuKey.h"
 #include "Common/Toolkit/NotifyEvent.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "Platform/FatalError.h"
 
 namespace {

@@ -6,8 +6,8 @@
 
 #include <QAbstractButton>
 
-#include "Common/Utilities/Bitmap.h"
 #include "Common/Toolkit/ToolkitStyle.h"
+#include "Common/Utilities/Bitmap.h"
 #include "Platform/WinTypes.h"
 #include "Platform/WindowMessages.h"
 

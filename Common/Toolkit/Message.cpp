@@ -5,8 +5,8 @@
 
 #include "Common/Toolkit/DialogResults.h"
 #include "Common/Toolkit/FontCreator.h"
-#include "Common/Utilities/LanguageResources.h"
 #include "Common/Toolkit/MessageLayout.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "Platform/FatalError.h"
 
 namespace {

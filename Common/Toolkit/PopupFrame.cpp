@@ -94,10 +94,8 @@ QRect CPopupFrame::ScreenRect() {
 QRect CPopupFrame::WindowRect(const QWidget* parent) {
     const QWidget* window = ApplicationWindow(parent);
     if (window == nullptr) window = ApplicationWindow(QApplication::activeWindow());
-    for (const QWidget* shown : QApplication::topLevelWidgets()) {
-        if (window != nullptr) break;
-        if (shown->isVisible()) window = ApplicationWindow(shown);
-    }
+    for (const QWidget* shown : QApplication::topLevelWidgets())
+        if (window == nullptr && shown->isVisible()) window = ApplicationWindow(shown);
     return window != nullptr ? window->frameGeometry() : ScreenRect();
 }
 

@@ -6,9 +6,9 @@
 
 #include "Common/Toolkit/DialogResults.h"
 #include "Common/Toolkit/FontCreator.h"
-#include "Common/Utilities/LanguageResources.h"
 #include "Common/Toolkit/MessageLayout.h"
 #include "Common/Toolkit/VirtualKeys.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "Platform/FatalError.h"
 
 CQuestionDialog::CQuestionDialog(const std::wstring& text, QWidget* parent)

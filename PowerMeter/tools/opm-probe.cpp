@@ -15,8 +15,8 @@
 
 #include "Common/Settings/AppConfig.h"
 #include "Common/Settings/CommonConfig.h"
-#include "Common/Toolkit/IUserNotifier.h"
 #include "Common/Settings/Logging.h"
+#include "Common/Toolkit/IUserNotifier.h"
 #include "Platform/WideText.h"
 #include "Platform/WindowMessages.h"
 #include "PowerMeter/PowerMeter.h"

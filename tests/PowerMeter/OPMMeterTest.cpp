@@ -15,6 +15,7 @@
 #include <semaphore>
 
 #include "PowerMeter/OPMMeter.h"
+#include "Support/ScratchDirectory.h"
 
 namespace {
 
@@ -131,11 +132,7 @@ protected:
             file.c_str(), model, std::make_unique<FakeBackend>(detector), sleep->Function());
         return *meter;
     }
-    std::string ReadText() const {
-        std::ostringstream text;
-        text << std::ifstream(file).rdbuf();
-        return text.str();
-    }
+    std::string ReadText() const { return ScratchDirectory::Read(file); }
     // Starts the meter (made from the factory file if there is none) and lets it measure.
     void Measure(int count = 1) {
         if (!meter) Make();

@@ -25,7 +25,8 @@ protected:
     }
     // The data a running instrument changes.
     std::string Data(const std::string& dir) {
-        return simtest::ReadText(dir + "/bench.ini") + simtest::ReadText(dir + "/etc_gui/opm.ini");
+        return ScratchDirectory::Read(dir + "/bench.ini") +
+               ScratchDirectory::Read(dir + "/etc_gui/opm.ini");
     }
 
     simtest::TempBench root;
@@ -34,7 +35,7 @@ protected:
 };
 
 TEST_F(InstrumentImage, HoldsTheSimulatedInstrumentAndRebuildingKeepsTheUnitsDataUnlessFresh) {
-    ASSERT_EQ(MakeImage(), 0) << simtest::ReadText(root.directory + "/errors");
+    ASSERT_EQ(MakeImage(), 0) << ScratchDirectory::Read(root.directory + "/errors");
     for (const char* file : {"tavix_otdr.so", "tavix_sim_bench.so", "tavix_sim_olt.so",
                              "tavix_sim_btd.so", "opm-bench", "registry.reg"})
         EXPECT_TRUE(fs::exists(image + "/" + file)) << file;
@@ -53,8 +54,9 @@ TEST_F(InstrumentImage, HoldsTheSimulatedInstrumentAndRebuildingKeepsTheUnitsDat
 TEST_F(InstrumentImage, AMissingBuildSaysWhatToBuild) {
     build = root.directory;
     EXPECT_EQ(MakeImage(), 1);
-    EXPECT_NE(simtest::ReadText(root.directory + "/errors").find("build the target 'simulator'"),
-              std::string::npos);
+    EXPECT_NE(
+        ScratchDirectory::Read(root.directory + "/errors").find("build the target 'simulator'"),
+        std::string::npos);
     EXPECT_FALSE(fs::exists(image));
 }
 

@@ -16,8 +16,6 @@
 
 namespace simtest {
 
-inline std::string ReadText(const std::string& path) { return ScratchDirectory::Read(path); }
-
 // Runs a shell command for at most two minutes; its exit code, or -1 (with a
 // failure naming what hung) when it had to be stopped.
 inline int RunBounded(const std::string& command, const std::string& what) {

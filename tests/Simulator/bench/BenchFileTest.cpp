@@ -64,7 +64,7 @@ TEST(BenchTool, EachRequestGivesItsCodeAndTheSimulatorReadsTheFile) {
         EXPECT_EQ(BenchTool().Run(arguments, out, err), row.code) << err.str();
         EXPECT_NE((row.code == 0 ? out : err).str().find(row.output), std::string::npos)
             << out.str() << err.str();
-        EXPECT_EQ(simtest::ReadText(file.path), row.after.empty() ? row.before : row.after);
+        EXPECT_EQ(ScratchDirectory::Read(file.path), row.after.empty() ? row.before : row.after);
         if (row.key) {
             EXPECT_EQ(GetBenchValue(*Bench::Instance().Settings(), *FindBenchKey(row.key)),
                       row.value);
@@ -83,7 +83,7 @@ TEST(BenchTool, TheProgramWritesAtomicallyAndReportsAFileItCannotWrite) {
     EXPECT_EQ(simtest::RunBounded(tool + missing + " set input.dBm -1 2>" + file.directory + "/err",
                                   "opm-bench"),
               BenchTool::kWriteFailed);
-    EXPECT_NE(simtest::ReadText(file.directory + "/err").find("cannot write " + missing),
+    EXPECT_NE(ScratchDirectory::Read(file.directory + "/err").find("cannot write " + missing),
               std::string::npos);
 }
 
@@ -134,7 +134,7 @@ TEST(Bench, TheDefaultFileIsTheEnvironmentsOrTheOneBesideTheLibraries) {
 }
 
 TEST(FactoryIni, TheShippedFileIsTheOneTheModelWritesAndFitsTheReadersLines) {
-    EXPECT_EQ(simtest::ReadText(OPM_SOURCE_DIR "/Resources/sim/etc_gui/opm.ini"),
+    EXPECT_EQ(ScratchDirectory::Read(OPM_SOURCE_DIR "/Resources/sim/etc_gui/opm.ini"),
               FactoryIniText(BenchSettings{}))
         << "regenerate it with: opm-bench factory > Resources/sim/etc_gui/opm.ini";
     std::istringstream text(FactoryIniText(BenchSettings{}));

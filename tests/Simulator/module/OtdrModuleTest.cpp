@@ -34,7 +34,7 @@ TEST(OtdrModule, EachCallAnswersAndLogsAsTheBenchSays) {
     ASSERT_TRUE(init && initOtdr && service);
     // The module's last line, without the timestamp.
     auto lastLine = [&] {
-        std::istringstream file(simtest::ReadText(bench.directory + "/PowerMeter.log"));
+        std::istringstream file(ScratchDirectory::Read(bench.directory + "/PowerMeter.log"));
         std::string last;
         for (std::string line; std::getline(file, line);)
             if (line.find("  O ") != std::string::npos) last = line.substr(line.find("  O ") + 2);
