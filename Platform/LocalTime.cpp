@@ -1,11 +1,13 @@
 #include "Platform/LocalTime.h"
 
+#include <cerrno>
 #include <ctime>
 #include <mutex>
 
 namespace {
 std::mutex clockMutex;
 std::function<SYSTEMTIME()> overriddenClock;
+std::function<std::int64_t()> overriddenTime;
 
 SYSTEMTIME SystemLocalTime() {
     timespec now{};
@@ -35,9 +37,32 @@ void GetLocalTime(SYSTEMTIME* time) {
     *time = clock ? clock() : SystemLocalTime();
 }
 
+std::int64_t _time64(std::int64_t* timer) {
+    std::function<std::int64_t()> clock;
+    {
+        std::lock_guard lock(clockMutex);
+        clock = overriddenTime;
+    }
+    const std::int64_t now = clock ? clock() : static_cast<std::int64_t>(std::time(nullptr));
+    if (timer != nullptr) *timer = now;
+    return now;
+}
+
+int _localtime64_s(std::tm* parts, const std::int64_t* timer) {
+    if (parts == nullptr || timer == nullptr) return EINVAL;
+    const std::time_t seconds = static_cast<std::time_t>(*timer);
+    if (localtime_r(&seconds, parts) == nullptr) return EINVAL;
+    return 0;
+}
+
 namespace platform {
 void OverrideLocalTime(std::function<SYSTEMTIME()> clock) {
     std::lock_guard lock(clockMutex);
     overriddenClock = std::move(clock);
+}
+
+void OverrideTime(std::function<std::int64_t()> clock) {
+    std::lock_guard lock(clockMutex);
+    overriddenTime = std::move(clock);
 }
 }  // namespace platform

@@ -8,6 +8,9 @@
 
 namespace {
 std::atomic<TLenUnit*> installedLenUnit{nullptr};
+CAppConfig* installedConfig = nullptr;
+CPowerMeterDeviceManager* installedDeviceManager = nullptr;
+COPMDocument* installedDocument = nullptr;
 // The module file name buffer of the embedded OS, in wide characters.
 constexpr DWORD ModuleNameSize = 1000;
 }  // namespace
@@ -24,6 +27,38 @@ void SetLenUnit(TLenUnit* lenUnit) {
 
 TLenUnit* InstalledLenUnit() {
     return installedLenUnit.load();
+}
+
+CAppConfig& AppConfig() {
+    OPM_ASSERT_AT(installedConfig, "PowerMeter", 40);
+    return *installedConfig;
+}
+
+void SetAppConfig(CAppConfig* config) {
+    installedConfig = config;
+}
+
+CPowerMeterDeviceManager& PowerMeterDeviceManager() {
+    // The expression of the application object's owning pointer.
+    if (!installedDeviceManager) FatalAssertion("powerMeterDeviceManager.get()", "PowerMeter", 45);
+    return *installedDeviceManager;
+}
+
+CPowerMeterDeviceManager* InstalledDeviceManager() {
+    return installedDeviceManager;
+}
+
+void SetPowerMeterDeviceManager(CPowerMeterDeviceManager* manager) {
+    installedDeviceManager = manager;
+}
+
+COPMDocument& OPMDocument() {
+    OPM_ASSERT_AT(installedDocument, "PowerMeter", 50);
+    return *installedDocument;
+}
+
+void SetOPMDocument(COPMDocument* document) {
+    installedDocument = document;
 }
 
 std::wstring ComputeApplicationDirectory() {

@@ -3,6 +3,9 @@
 
 #include <string>
 
+class CAppConfig;
+class COPMDocument;
+class CPowerMeterDeviceManager;
 class TLenUnit;
 
 // The installed length-unit object; fatal when there is none.
@@ -12,6 +15,21 @@ TLenUnit& LenUnit();
 void SetLenUnit(TLenUnit* lenUnit);
 // The installed object, or null, for code that checks its presence itself.
 TLenUnit* InstalledLenUnit();
+
+// The application object installs what it owns here for the screens, the
+// document and the tests to reach; each setter takes null to remove. The
+// caller keeps ownership.
+//
+// The settings store on "Software\Tavix" (application and common settings).
+CAppConfig& AppConfig();
+void SetAppConfig(CAppConfig* config);
+// Fatal ("powerMeterDeviceManager.get()") when there is none.
+CPowerMeterDeviceManager& PowerMeterDeviceManager();
+CPowerMeterDeviceManager* InstalledDeviceManager();
+void SetPowerMeterDeviceManager(CPowerMeterDeviceManager* manager);
+// The application's one measurement document.
+COPMDocument& OPMDocument();
+void SetOPMDocument(COPMDocument* document);
 
 // Directory of the executable, separator included: the module file name cut
 // behind its last '/', else behind its last '\'; the whole name when it has

@@ -20,7 +20,7 @@
 #include "Platform/WideText.h"
 #include "Platform/WindowMessages.h"
 #include "PowerMeter/PowerMeter.h"
-#include "PowerMeter/PowerMeterDeviceManager.h"
+#include "PowerMeter/Devices/PowerMeterDeviceManager.h"
 #include "Support/LenUnit.h"
 #include "Support/LogFile.h"
 

@@ -23,8 +23,8 @@
 
 #include "Platform/Registry.h"
 #include "Platform/WindowMessages.h"
-#include "PowerMeter/HardwareOPMMeterBackend.h"
-#include "PowerMeter/OPMMeter.h"
+#include "PowerMeter/Devices/HardwareOPMMeterBackend.h"
+#include "PowerMeter/Measurement/OPMMeter.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <future>
 #include <semaphore>
 
-#include "PowerMeter/OPMMeter.h"
+#include "PowerMeter/Measurement/OPMMeter.h"
 #include "Support/ScratchDirectory.h"
 
 namespace {

@@ -1,9 +1,9 @@
-#include "PowerMeter/LightSource.h"
+#include "PowerMeter/Measurement/LightSource.h"
 
 #include <algorithm>
 
 #include "Platform/FatalError.h"
-#include "PowerMeter/ModuleDll.h"
+#include "PowerMeter/Devices/ModuleDll.h"
 
 CLightSource::CLightSource(const CLightSourceConfig& config)
     : config(config), states(config.GetLasersNum()) {}

@@ -3,7 +3,7 @@
 // opened once and stays open for the life of the process.
 
 #include "Platform/WinTypes.h"
-#include "PowerMeter/OpmMeterBackend.h"
+#include "PowerMeter/Measurement/OpmMeterBackend.h"
 
 class CHardwareOpmMeterBackend : public COpmMeterBackend {
 public:

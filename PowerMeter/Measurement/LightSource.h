@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "PowerMeter/LightSourceConfig.h"
+#include "PowerMeter/Measurement/LightSourceConfig.h"
 
 class CLightSource {
 public:

@@ -1,4 +1,4 @@
-#include "PowerMeter/OPMMeterError.h"
+#include "PowerMeter/Devices/OPMMeterError.h"
 
 #include <utility>
 

@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "PowerMeter/LightSource.h"
-#include "PowerMeter/LightSourceConfig.h"
-#include "PowerMeter/OPMMeter.h"
+#include "PowerMeter/Measurement/LightSource.h"
+#include "PowerMeter/Measurement/LightSourceConfig.h"
+#include "PowerMeter/Measurement/OPMMeter.h"
 
 class CAppConfig;
 class IUserNotifier;
@@ -33,6 +33,8 @@ public:
     CLightSource* GetLightSource() const { return lightSource.get(); }
     CLightSourceConfig* GetLightSourceConfig() const { return lightSourceConfig.get(); }
     bool IsOtdrReady() const { return otdrReady; }
+    // The model tag the last Init read from the module; "0" before.
+    const std::wstring& GetHardwareId() const { return hardwareId; }
 
     // "etc_gui/opm.ini" in the application directory.
     static std::string IniPath();
@@ -51,6 +53,7 @@ private:
     std::unique_ptr<CLightSource> lightSource;
     std::unique_ptr<ZuOPMMeter> powerMeter;
     bool otdrReady = false;
+    std::wstring hardwareId = L"0";
 
     CAppConfig& config;
     IUserNotifier& notifier;

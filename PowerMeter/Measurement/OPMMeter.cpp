@@ -1,4 +1,4 @@
-#include "PowerMeter/OPMMeter.h"
+#include "PowerMeter/Measurement/OPMMeter.h"
 
 #include <cmath>
 #include <exception>

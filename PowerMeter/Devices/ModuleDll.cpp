@@ -1,4 +1,4 @@
-#include "PowerMeter/ModuleDll.h"
+#include "PowerMeter/Devices/ModuleDll.h"
 
 #include <array>
 #include <cstring>

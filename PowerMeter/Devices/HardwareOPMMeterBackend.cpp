@@ -1,8 +1,8 @@
-#include "PowerMeter/HardwareOPMMeterBackend.h"
+#include "PowerMeter/Devices/HardwareOPMMeterBackend.h"
 
 #include "Platform/FatalError.h"
 #include "Platform/StreamDevice.h"
-#include "PowerMeter/OPMMeterError.h"
+#include "PowerMeter/Devices/OPMMeterError.h"
 
 namespace {
 

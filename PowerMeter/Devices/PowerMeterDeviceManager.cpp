@@ -1,4 +1,4 @@
-#include "PowerMeter/PowerMeterDeviceManager.h"
+#include "PowerMeter/Devices/PowerMeterDeviceManager.h"
 
 #include <exception>
 #include <vector>
@@ -8,8 +8,8 @@
 #include "Common/Toolkit/IUserNotifier.h"
 #include "Platform/FatalError.h"
 #include "Platform/WideText.h"
-#include "PowerMeter/HardwareOPMMeterBackend.h"
-#include "PowerMeter/ModuleDll.h"
+#include "PowerMeter/Devices/HardwareOPMMeterBackend.h"
+#include "PowerMeter/Devices/ModuleDll.h"
 #include "PowerMeter/PowerMeter.h"
 
 namespace {
@@ -105,7 +105,7 @@ void CPowerMeterDeviceManager::InitLightSource() {
     try {
         LogMessage(kInitializingLightSource);
         OPM_ASSERT_AT(ModuleDll, "PowerMeterDeviceManager", 94);
-        const std::wstring hardwareId = ReadHardwareId();
+        hardwareId = ReadHardwareId();
         lightSourceConfig = std::make_unique<CLightSourceConfig>(IniPath().c_str(), hardwareId);
         lightSource = std::make_unique<CLightSource>(*lightSourceConfig);
         if (lightSource->GetLasersNum() == 0) LogMessage(kNoLasers);
@@ -123,7 +123,7 @@ void CPowerMeterDeviceManager::InitPowerMeter() {
         // The meter owns the backend once constructed; until then the
         // unique_ptr deletes a backend that was not handed over.
         auto backend = std::make_unique<CHardwareOpmMeterBackend>();
-        const std::wstring hardwareId = ReadHardwareId();
+        hardwareId = ReadHardwareId();
         powerMeter =
             std::make_unique<ZuOPMMeter>(IniPath().c_str(), hardwareId, std::move(backend));
     } catch (const std::exception& error) {

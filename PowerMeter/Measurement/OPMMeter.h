@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "Platform/WindowMessages.h"
-#include "PowerMeter/OpmMeterBackend.h"
+#include "PowerMeter/Measurement/OpmMeterBackend.h"
 #include "Support/NarrowString.h"
 
 class TIniFile;

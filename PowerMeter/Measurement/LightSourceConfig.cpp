@@ -1,4 +1,4 @@
-#include "PowerMeter/LightSourceConfig.h"
+#include "PowerMeter/Measurement/LightSourceConfig.h"
 
 #include <algorithm>
 
