@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QObject>
+#include <QThread>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
@@ -18,6 +19,9 @@ struct HandleTable {
     std::unordered_map<QObject*, WindowHandle*> byObject;
     std::vector<std::unique_ptr<WindowHandle>> all;
 };
+
+std::mutex quitMutex;
+std::optional<int> pendingQuit;
 
 HandleTable& Table() {
     static HandleTable table;
@@ -57,3 +61,21 @@ BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     QCoreApplication::postEvent(window->target, new WindowMessageEvent(message, wParam, lParam));
     return TRUE;
 }
+
+void PostQuitMessage(int exitCode) {
+    {
+        std::lock_guard lock(quitMutex);
+        if (!pendingQuit) pendingQuit = exitCode;
+    }
+    // Ending the thread's event processing ends each of its running loops and
+    // makes any loop started afterwards return at once, which is what the
+    // modal loops of the embedded OS do once they have seen WM_QUIT.
+    if (QCoreApplication* app = QCoreApplication::instance()) app->thread()->exit(exitCode);
+}
+
+namespace platform {
+std::optional<int> PendingQuitCode() {
+    std::lock_guard lock(quitMutex);
+    return pendingQuit;
+}
+}  // namespace platform

@@ -5,6 +5,7 @@
 // message number (user messages lie in Qt's user event range).
 
 #include <QEvent>
+#include <optional>
 
 #include "Platform/WinTypes.h"
 
@@ -33,3 +34,13 @@ HWND WindowHandleOf(QObject* receiver);
 // Queues the message for the receiver; FALSE when the window has gone or the
 // message number is outside the user event range.
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Asks the user-interface thread to quit with `exitCode`, as WM_QUIT does:
+// every modal loop running now ends, and so does every one started later,
+// at once. The first code posted is the one kept.
+void PostQuitMessage(int exitCode);
+
+namespace platform {
+// The code of the first quit posted, if any.
+std::optional<int> PendingQuitCode();
+}  // namespace platform
