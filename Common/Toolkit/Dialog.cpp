@@ -8,6 +8,26 @@
 
 #include "Common/Toolkit/NotifyEvent.h"
 #include "Common/Utilities/LanguageResources.h"
+#include "Platform/DebugOutput.h"
+
+namespace {
+// OPM_TRACE_SCREEN=1 writes every text a screen shows to the debug output,
+// so that end-to-end runs and benchmarks read the screen without pixels.
+bool TracingScreens() {
+    static const bool tracing = qEnvironmentVariableIntValue("OPM_TRACE_SCREEN") == 1;
+    return tracing;
+}
+
+void TraceShown(UINT templateId, int controlId, const QString& before, const QString& text) {
+    if (!TracingScreens() || before == text) return;
+    OutputDebugStringW(QStringLiteral("shown %1/%2: %3\n")
+                           .arg(templateId)
+                           .arg(controlId)
+                           .arg(text)
+                           .toStdWString()
+                           .c_str());
+}
+}  // namespace
 
 CDialog::CDialog(UINT templateId, QWidget* parent) : QDialog(parent), templateId(templateId) {}
 
@@ -40,6 +60,7 @@ QWidget* CDialog::GetDlgItem(int controlId) const {
 
 void CDialog::SetDlgItemText(int controlId, const QString& text) {
     QWidget* control = GetDlgItem(controlId);
+    if (control != nullptr) TraceShown(templateId, controlId, GetDlgItemText(controlId), text);
     if (auto* label = qobject_cast<QLabel*>(control))
         label->setText(text);
     else if (auto* edit = qobject_cast<QLineEdit*>(control))

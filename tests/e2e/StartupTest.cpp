@@ -1,0 +1,106 @@
+// The application executable from a throw-away image on the offscreen
+// platform: the start-up faults end it with their exit code and text, the log
+// lies beside the executable and starts empty, and a stop request ends it
+// through the screen's close path with exit code 0.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <QDeadlineTimer>
+#include <QThread>
+#include <filesystem>
+#include <regex>
+
+#include "ProbeImage.h"
+
+namespace {
+
+struct Row {
+    const char* name;
+    std::string hiveFrom, hiveTo;  // a text of registry.reg replaced
+    std::string bench;
+    bool withoutIni;
+    int exitCode;
+    std::string errors;  // part of standard error
+};
+
+const std::string kLanguage = R"("DefaultLanguageDLL"="english.rcc")";
+const std::string kUnit = R"("UIDistanceUnit"="0")";
+
+// clang-format off
+const Row kRows[] = {
+    {"MissingLanguagePack", kLanguage, R"("DefaultLanguageDLL"="klingon.rcc")", "", false, 1,
+     "dllHandle && \"Resource library not found\"\nFile: PowerMeter\nLine: 129\nApplication will be closed"},
+    {"DistanceUnitBeyondMiles", kUnit, R"("UIDistanceUnit"="5")", "", false, 1,
+     "rawUnit >= duKM && rawUnit <= duMI\nFile: CommonConfig\nLine: 18\nApplication will be closed"},
+    {"BoardNeverAnswers", "", "", "[faults]\ninitOtdrFailures = 1000\n", false, 1, ""},
+    {"NeitherMeterNorLightSource", "", "", "[faults]\nnoOlt1 = 1\n", true, 2, ""},
+};
+// clang-format on
+
+class Application : public testing::TestWithParam<Row> {
+protected:
+    void Start() {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("TAVIX_BENCH");
+        environment.remove("TAVIX_REGISTRY");
+        environment.insert("QT_QPA_PLATFORM", "offscreen");
+        process.setProcessEnvironment(environment);
+        // Elsewhere: the log must still go beside the executable.
+        process.setWorkingDirectory(QString::fromStdString(std::filesystem::temp_directory_path()));
+        process.start(QString::fromStdString(image.dir) + "PowerMeter", {});
+    }
+    // Exit code, or -1 with the reason in `errors`.
+    int Finish() {
+        if (!e2e::Finish(process, e2e::kRunLimitMs, "PowerMeter", errors)) return -1;
+        errors += process.readAllStandardError().toStdString();
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    }
+    std::string Log() const { return image.ReadText("PowerMeter.log"); }
+
+    e2e::ProbeImage image;
+    QProcess process;
+    std::string errors;
+};
+
+TEST_P(Application, StartUpFaultEndsWithItsCode) {
+    const Row& row = GetParam();
+    if (!row.hiveFrom.empty()) {
+        std::string hive = image.ReadText("registry.reg");
+        const auto at = hive.find(row.hiveFrom);
+        ASSERT_NE(at, std::string::npos) << "the shipped hive lacks " << row.hiveFrom;
+        ScratchDirectory::Write(image.dir + "registry.reg", hive.replace(at, row.hiveFrom.size(), row.hiveTo));
+    }
+    image.WriteBench(row.bench);
+    if (row.withoutIni) std::filesystem::remove(image.dir + "etc_gui/opm.ini");
+    ScratchDirectory::Write(image.dir + "PowerMeter.log", "a line of the previous run\n");
+
+    Start();
+    EXPECT_EQ(Finish(), row.exitCode) << errors;
+    EXPECT_NE(errors.find(row.errors), std::string::npos) << errors;
+    EXPECT_EQ(Log().find("previous run"), std::string::npos) << "log not truncated";
+    EXPECT_NE(Log().find("Loading main resource dll... "), std::string::npos) << Log();
+}
+
+INSTANTIATE_TEST_SUITE_P(Executable, Application, testing::ValuesIn(kRows),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// A stop request while measuring: the meter is stopped and its state saved,
+// as when the screen is closed, and the exit code is 0.
+TEST_F(Application, StopRequestEndsThroughTheClosePath) {
+    std::string ini = image.ReadText("etc_gui/opm.ini");
+    ini = std::regex_replace(ini, std::regex("ActiveWaveLengthIndex=4\n"), "");
+    ScratchDirectory::Write(image.dir + "etc_gui/opm.ini", ini);
+    Start();
+    const QDeadlineTimer deadline(e2e::kLineLimitMs);
+    while (Log().find("Initializing power meter") == std::string::npos && !deadline.hasExpired())
+        QThread::msleep(20);
+    ASSERT_FALSE(deadline.hasExpired()) << "the meter was not brought up within 20 s:\n" << Log();
+    QThread::msleep(500);  // into the screen's run; an earlier request ends it the same way
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    EXPECT_EQ(Finish(), 0) << errors;
+    // Saved on close: the slot the file lacked is written back.
+    EXPECT_NE(image.ReadText("etc_gui/opm.ini").find("ActiveWaveLengthIndex=0"), std::string::npos);
+}
+
+}  // namespace
