@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -26,5 +27,19 @@ bool IsDebuggerAttached() {
         if (line.rfind("TracerPid:", 0) == 0) return std::stoi(line.substr(10)) != 0;
     }
     return false;
+}
+}  // namespace platform
+
+namespace platform {
+bool Tracing() {
+    static const bool tracing = [] {
+        const char* value = std::getenv("OPM_TRACE");
+        return value != nullptr && std::string(value) == "1";
+    }();
+    return tracing;
+}
+
+void Trace(const std::wstring& line) {
+    if (Tracing()) OutputDebugStringW((line + L"\n").c_str());
 }
 }  // namespace platform

@@ -37,7 +37,7 @@ for file in tavix_otdr.so tavix_sim_bench.so tavix_sim_olt.so tavix_sim_btd.so o
     cp -f "$bin/$file" "$dest/$file"
 done
 # Built by other parts of the tree once they exist.
-for file in PowerMeter opm-probe; do
+for file in PowerMeter opm-probe opm_loopback_bind.so; do
     if [ -f "$bin/$file" ]; then cp -f "$bin/$file" "$dest/$file"; fi
 done
 # Language packs lie beside the executable: the hive names them by bare file name.

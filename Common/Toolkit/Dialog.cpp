@@ -11,21 +11,10 @@
 #include "Platform/DebugOutput.h"
 
 namespace {
-// OPM_TRACE_SCREEN=1 writes every text a screen shows to the debug output,
-// so that end-to-end runs and benchmarks read the screen without pixels.
-bool TracingScreens() {
-    static const bool tracing = qEnvironmentVariableIntValue("OPM_TRACE_SCREEN") == 1;
-    return tracing;
-}
-
 void TraceShown(UINT templateId, int controlId, const QString& before, const QString& text) {
-    if (!TracingScreens() || before == text) return;
-    OutputDebugStringW(QStringLiteral("shown %1/%2: %3\n")
-                           .arg(templateId)
-                           .arg(controlId)
-                           .arg(text)
-                           .toStdWString()
-                           .c_str());
+    if (!platform::Tracing() || before == text) return;
+    platform::Trace(
+        QStringLiteral("shown %1/%2: %3").arg(templateId).arg(controlId).arg(text).toStdWString());
 }
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "Common/Settings/AppConfig.h"
+#include "Platform/DebugOutput.h"
 #include "Platform/FatalError.h"
 #include "Platform/LocalTime.h"
 #include "PowerMeter/Devices/PowerMeterDeviceManager.h"
@@ -49,6 +50,10 @@ void COPMDocument::AddCurrentResult() {
     result.refLevel = IsReferenceDisplayOn() ? meter->GetReferenceLevel(slot) : 0.0f;
     result.waveLength = meter->GetWaveLength(slot);
 
+    if (platform::Tracing())
+        platform::Trace(L"result " + std::to_wstring(results.size() + 1) + L": " +
+                        std::to_wstring(result.waveLength) + L" nm " +
+                        std::to_wstring(result.absPower) + L" dBm");
     results.push_back(std::move(result));
     saved = false;
     Notify(kResultAdded);

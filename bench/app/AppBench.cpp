@@ -4,7 +4,7 @@
 // resident memory and its share of one core.
 //
 // Goals: first value within 0.8 s, at most 40 MB resident, at most 1 % of a
-// core. The screen's texts are read through OPM_TRACE_SCREEN.
+// core. The screen's texts are read through OPM_TRACE.
 
 #include <signal.h>
 #include <unistd.h>
@@ -34,7 +34,7 @@ QProcess* Launch(const QString& image) {
     auto* process = new QProcess;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("QT_QPA_PLATFORM", "offscreen");
-    environment.insert("OPM_TRACE_SCREEN", "1");
+    environment.insert("OPM_TRACE", "1");
     environment.remove("TAVIX_BENCH");
     environment.remove("TAVIX_REGISTRY");
     process->setProcessEnvironment(environment);
