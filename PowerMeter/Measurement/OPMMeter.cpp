@@ -108,6 +108,13 @@ void ZuOPMMeter::Stop() {
     }
 }
 
+void ZuOPMMeter::StopAndWait() {
+    Stop();
+    if (worker.joinable()) {
+        worker.join();
+    }
+}
+
 void ZuOPMMeter::MeasurementLoop() {
     running.store(true);
     starting.store(false);

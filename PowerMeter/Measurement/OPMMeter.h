@@ -55,6 +55,9 @@ public:
     void Start();
     // Asks the worker to end after its current iteration; does not wait.
     void Stop();
+    // Stop, then waits for the worker to end: nothing measures or posts once
+    // it returns.
+    void StopAndWait();
     bool IsRunning() const { return running.load(); }
 
     // Dark offsets of all three ranges; false (nothing changed) in range 2.
