@@ -1,6 +1,8 @@
 #pragma once
 // The debugger output channel: standard error on Linux.
 
+#include <string>
+
 #include "Platform/WinTypes.h"
 
 void OutputDebugStringW(LPCWSTR text);

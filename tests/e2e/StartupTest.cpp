@@ -89,7 +89,7 @@ INSTANTIATE_TEST_SUITE_P(Executable, Application, testing::ValuesIn(kRows),
 // as when the screen is closed, and the exit code is 0.
 TEST_F(Application, StopRequestEndsThroughTheClosePath) {
     std::string ini = image.ReadText("etc_gui/opm.ini");
-    ini = std::regex_replace(ini, std::regex("ActiveWaveLengthIndex=4\n"), "");
+    ini = std::regex_replace(ini, std::regex("WaveLengthShift=0\n"), "");
     ScratchDirectory::Write(image.dir + "etc_gui/opm.ini", ini);
     Start();
     const QDeadlineTimer deadline(e2e::kLineLimitMs);
@@ -99,8 +99,8 @@ TEST_F(Application, StopRequestEndsThroughTheClosePath) {
     QThread::msleep(500);  // into the screen's run; an earlier request ends it the same way
     ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
     EXPECT_EQ(Finish(), 0) << errors;
-    // Saved on close: the slot the file lacked is written back.
-    EXPECT_NE(image.ReadText("etc_gui/opm.ini").find("ActiveWaveLengthIndex=0"), std::string::npos);
+    // Saved on close: the value the file lacked is written back.
+    EXPECT_NE(image.ReadText("etc_gui/opm.ini").find("WaveLengthShift=0"), std::string::npos);
 }
 
 }  // namespace

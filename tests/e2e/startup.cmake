@@ -8,3 +8,8 @@ opm_add_test(StartupTest
 target_compile_definitions(StartupTest PRIVATE
   OPM_MAKE_IMAGE="${PROJECT_SOURCE_DIR}/scripts/make-image.sh" OPM_BUILD_DIR="${CMAKE_BINARY_DIR}")
 add_dependencies(StartupTest PowerMeterApp simulator language-packs)
+
+# The program in a real X session, driven by key presses.
+add_test(NAME DesktopRunTest
+  COMMAND ${CMAKE_CURRENT_LIST_DIR}/desktop_run.py ${PROJECT_SOURCE_DIR}/scripts/make-image.sh ${CMAKE_BINARY_DIR})
+set_tests_properties(DesktopRunTest PROPERTIES LABELS "e2e;ui" TIMEOUT 300)
