@@ -106,7 +106,7 @@ TEST_F(MainMenu, OpensOverTheScreenWithEnterOrTheHintAndClosesWithEscape) {
     EXPECT_TRUE(panel->isVisible());
     // Modeless: the screen's own loop goes on measuring underneath.
     EXPECT_FALSE(panel->isModal());
-    EXPECT_EQ(panel->frameGeometry().bottom(), screen.frameGeometry().bottom());
+    EXPECT_EQ(panel->geometry().bottom(), screen.mapToGlobal(QPoint(0, screen.height() - 1)).y());
     EXPECT_EQ(panel->width(), screen.width());
     EXPECT_EQ(Caption(panel, 1), "Parameters");
     EXPECT_EQ(Caption(panel, 2), "");  // the results come later: no key for them yet
@@ -132,8 +132,8 @@ TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecording) {
     } rows[] = {
         {false, Qt::Key_F1, "Store result", "Store result", 1, false},
         {false, Qt::Key_Return, "Store result", "Store result", 1, false},
-        {true, Qt::Key_F1, "Start recording", "Stop recording", 0, true},
-        {true, Qt::Key_Space, "Start recording", "Stop recording", 0, true},
+        {true, Qt::Key_F1, "● Record", "■ Stop", 0, true},
+        {true, Qt::Key_Space, "● Record", "■ Stop", 0, true},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.before + std::string(" by ") + QKeySequence(row.key).toString().toStdString());
@@ -148,6 +148,7 @@ TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecording) {
         EXPECT_EQ(IsAutoSaveRunning(), row.running);
         panel = OpenPanel();
         EXPECT_EQ(Caption(panel, 0), row.after);
+        EXPECT_EQ(panel->GetDlgItemText(1310), row.running ? "Menu – recording" : "Menu");
         if (!row.autoSave) continue;
         // A tick records; the stop key ends recording and takes nothing.
         OnAutoSaveTimer();
@@ -297,10 +298,12 @@ TEST_F(MainMenu, Screenshots) {
         CPMDialog measuring(kMeasuringScreen);
         measuring.Create();
         measuring.show();
+        screenshot::Save(QString("measuring-%1").arg(language), &measuring);
         measuring.ShowMainMenu();
         CMainMenuDialog* panel = measuring.GetMainMenu();
         screenshot::Save(QString("main-menu-%1").arg(language), &measuring, {panel});
         config.SetValue<bool>(autosave::AutoSaveValue, true);
+        OnStoreResultCommand();
         panel->UpdateKeys();
         screenshot::Save(QString("main-menu-recording-%1").arg(language), &measuring, {panel});
         config.SetValue<bool>(autosave::AutoSaveValue, false);
@@ -309,8 +312,8 @@ TEST_F(MainMenu, Screenshots) {
         parameters.show();
         QTest::keyClick(&parameters, Qt::Key_Down);
         screenshot::Save(QString("parameters-%1").arg(language), &parameters);
-        EXPECT_EQ(Caption(panel, 0), language == std::string("german") ? "Aufzeichnung starten"
-                                                                        : "Start recording");
+        EXPECT_EQ(Caption(panel, 0), language == std::string("german") ? "■ Stopp" : "■ Stop");
+        ResetAutoSave();
     }
 }
 
