@@ -25,6 +25,9 @@ constexpr UINT kStartRecordingString = 61381;
 constexpr UINT kStopRecordingString = 61382;
 constexpr UINT kParametersString = 61383;
 constexpr UINT kQuitString = 61384;
+constexpr UINT kTitleString = 61385;
+constexpr UINT kRecordingTitleString = 61386;
+constexpr int IDC_TITLE = 1310;
 constexpr int kKeyFontHeight = 17;
 
 bool HasPowerMeter() {
@@ -79,6 +82,9 @@ void CMainMenuDialog::UpdateKeys() {
     UINT caption = kStoreResultString;
     if (autoSave) caption = running ? kStopRecordingString : kStartRecordingString;
     storeKey->SetCaption(ResourceString(caption));
+    // The short stop caption needs the title to say what it stops.
+    SetDlgItemText(IDC_TITLE, ResourceString(autoSave && running ? kRecordingTitleString
+                                                                 : kTitleString));
     // Stopping needs no reading; storing and starting do.
     const bool enable = HasPowerMeter() || (autoSave && running);
     storeKey->setEnabled(enable);
