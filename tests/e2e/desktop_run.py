@@ -83,8 +83,8 @@ def inside(image):
 
     key("Return", "F2")  # parameters: timed recording is the first field
     program.wait_for(r"^shown 399/", "the parameter dialog")
-    key("Right", "Return")
-    key("Return", "F1")  # start recording
+    key("Right", "Return")  # on; the menu stays open over the screen
+    key("F1")  # start recording
     started = time.monotonic()
     for number in (4, 5):
         program.wait_for(rf"^result {number}: 1550 nm -23\.", f"recorded result {number}", limit=25)
