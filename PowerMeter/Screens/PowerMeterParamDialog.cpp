@@ -1,0 +1,5 @@
+#include "PowerMeter/Screens/PowerMeterParamDialog.h"
+
+CPowerMeterParamDialog::CPowerMeterParamDialog(QWidget* parent) : CBaseDialog(IDD, parent) {}
+
+CPowerMeterParamDialog::~CPowerMeterParamDialog() = default;
