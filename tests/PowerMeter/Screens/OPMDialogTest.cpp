@@ -1,7 +1,7 @@
 // The measuring screen on the simulated instrument, keys in and texts out. The
-// input is bright enough to saturate the detector, and the factory data makes
-// a saturated reading exactly the common coefficient, so each test sets the
-// meter's reading to the digit through the calibration file.
+// input saturates the detector and the factory data makes a saturated reading
+// exactly the common coefficient, so a scenario sets the meter's reading to
+// the digit through the calibration file ("read").
 
 #include <unistd.h>
 
@@ -16,16 +16,13 @@
 #include "Common/Toolkit/SubmenuDialog.h"
 #include "Common/Toolkit/TextMenuKey.h"
 #include "Common/ToolkitTestSupport.h"
-#include "Common/Utilities/LanguageResources.h"
 #include "Platform/ModulePath.h"
 #include "Platform/Registry.h"
 #include "Platform/StreamDeviceFaults.h"
-#include "Platform/WideText.h"
 #include "PowerMeter/Devices/ModuleDll.h"
 #include "PowerMeter/Devices/PowerMeterDeviceManager.h"
 #include "PowerMeter/PowerMeter.h"
 #include "PowerMeter/Screens/OPMDialog.h"
-#include "PowerMeter/Screens/ReferenceDisplay.h"
 #include "Simulator/SimulatorTestSupport.h"
 #include "Support/LenUnit.h"
 #include "Support/LogFile.h"
@@ -33,248 +30,183 @@
 
 namespace {
 
-using toolkittest::WaitUntil;
-
-// One image per process (its directory and pristine hive), removed by its maker.
+// One image per process, with its pristine hive.
 struct Image {
-    pid_t owner = getpid();
-    std::string dir = (std::filesystem::temp_directory_path() / "opm-screen-XXXXXX").string(), hive;
+    std::string dir = mkdtemp((std::filesystem::temp_directory_path() / "opm-screen-XXXXXX")
+                                  .string()
+                                  .data()) +
+                      std::string("/"),
+                hive;
     Image() {
-        dir = mkdtemp(dir.data()) + std::string("/");
-        if (std::system((OPM_MAKE_IMAGE " --fresh " OPM_BUILD_DIR " " + dir).c_str()) != 0) throw std::runtime_error("image");
+        if (std::system((OPM_MAKE_IMAGE " --fresh " OPM_BUILD_DIR " " + dir).c_str()) != 0)
+            throw std::runtime_error(dir);
         hive = ScratchDirectory::Read(dir + "registry.reg");
     }
-    ~Image() { getpid() == owner && std::filesystem::remove_all(dir); }
+    ~Image() { std::filesystem::remove_all(dir); }
 };
-const Image& TheImage() { static const Image image; return image; }
 
-// Stays in range 1 (R = 1) where the saturated ADC reads MaxADC: the reading is the coefficient.
-std::string Ini(const std::string& dBm, const std::string& extra = "") {
+// clang-format off
+// Range 1 (R = 1) for good, where the saturated ADC reads MaxADC: the reading is the coefficient.
+std::string Ini(const std::string& dBm) {
     return "[WaveLengths]\nWavesNum=2\nWaveLength0=1310\nWaveLength1=1550\n[Hardware]\nMaxADC=65535\nResistor0=1\n"
-           "[FactoryCalibration]\nThreshSwitchUp=2\nThreshSwitchDown=0\nCalibrFreeCoeff=" + dBm +
-           "\n[FactoryCalibration_xxxxPM1]\nCalibrFreeCoeff=-5\n[LightSource_X7]\nLsLasersNum=2\n"
-           "LsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\nLsLaserWaveLength1=1550\n" + extra;
+           "[FactoryCalibration]\nThreshSwitchUp=2\nThreshSwitchDown=0\nCalibrFreeCoeff=" + dBm + "\n"
+           "[FactoryCalibration_xxxxPM1]\nCalibrFreeCoeff=-5\n[LightSource_X7]\nLsLasersNum=2\n"
+           "LsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\nLsLaserWaveLength1=1550\n";
 }
+const std::string kBench = std::string(simtest::TempBench::kFast) + "[noise]\nadcCounts = 0\nrelative = 0\n"
+                           "[input]\ndBm = 10\n[laser1]\nid = 1\n[laser2]\nid = 2\n[module]\nmodelTag = X7\n";
+// clang-format on
 
 class Screen : public testing::Test, public IUserNotifier {
 protected:
-    void SetUp() override {
-        platform::OverrideModuleFileName(platform::FromUtf8(TheImage().dir + "PowerMeter"));
+    static const Image& TheImage() {
+        static const Image made;
+        return made;
+    }
+    // A fresh instrument (registry, bench, calibration file) and the screen on it.
+    void Open(const std::string& benchKeys, bool withLightSource) {
+        TearDown();
+        platform::OverrideModuleFileName(std::wstring(dir.begin(), dir.end()) + L"PowerMeter");
         platform::LoadHiveFromText(TheImage().hive);
+        platform::DeactivateStreamDevices();
+        bench.Write(kBench + benchKeys), ScratchDirectory::Write(ini, Ini("-30"));
         SetLogFile(&log), SetLenUnit(&lenUnit), SetAppConfig(&config);
-        Bench("");
-        ScratchDirectory::Write(ini, Ini("-30"));
-        QObject::connect(&boxWatch, &QTimer::timeout, [this] {
-            for (QWidget* window : QApplication::topLevelWidgets())
-                if (auto* box = qobject_cast<CMessageBoxEx*>(window); box && box->isVisible())
-                    boxes << box->windowTitle() + ": " + box->findChild<QLabel*>("1192")->text().replace('\n', ' '), box->accept();
-        });
-        boxWatch.start(5);
+        manager = std::make_unique<CPowerMeterDeviceManager>(config, *this);
+        ASSERT_TRUE(manager->Init());
+        SetPowerMeterDeviceManager(manager.get());
+        ZuOPMMeter* meter = manager->GetPowerMeter();
+        screen = std::make_unique<COPMDialog>(
+            meter, withLightSource ? manager->GetLightSource() : nullptr);
+        ASSERT_TRUE(screen->Create());
+        screen->show(), screen->activateWindow(), boxes.clear();
     }
     void TearDown() override {
         screen.reset(), manager.reset();
         SetPowerMeterDeviceManager(nullptr), SetLogFile(nullptr);
-        delete ModuleDll;
-        ModuleDll = nullptr;
-    }
-    void Bench(const std::string& keys) {
-        bench.Write(std::string(simtest::TempBench::kFast) + "[noise]\nadcCounts = 0\nrelative = 0\n[input]\ndBm = 10\n"
-                    "[laser1]\nid = 1\n[laser2]\nid = 2\n[module]\nmodelTag = X7\n" + keys);
-    }
-    void Open(bool withLightSource = true) {
-        screen.reset(), manager.reset();
-        platform::DeactivateStreamDevices();
-        manager = std::make_unique<CPowerMeterDeviceManager>(config, *this);
-        ASSERT_TRUE(manager->Init());
-        SetPowerMeterDeviceManager(manager.get());
-        screen = std::make_unique<COPMDialog>(meter(), withLightSource ? manager->GetLightSource() : nullptr);
-        ASSERT_TRUE(screen->Create());
-        screen->show(), screen->activateWindow();
+        delete std::exchange(ModuleDll, nullptr);
     }
     void ShowMessage(const std::wstring&) override {}
-    ZuOPMMeter* meter() { return manager->GetPowerMeter(); }
-    void Reading(const std::string& dBm) { ScratchDirectory::Write(ini, Ini(dBm)), meter()->ReloadFactoryCalibration(); }
-    QString Text(int id) { return screen->GetDlgItemText(id); }
-    bool Visible(int id) { return screen->GetDlgItem(id)->isVisible(); }
-    // Presses `keys` on the screen; `steps` go to the submenu that opens. Its captions.
-    QString Choose(std::vector<Qt::Key> keys, const QString& steps) {
-        QStringList captions;
-        toolkittest::WhenShown<CSubmenuDialog>("a submenu", [&, steps](CSubmenuDialog* column) {
-            for (size_t i = 0; i < column->GetKeysCount(); ++i) captions << column->GetKey(i)->Caption();
-            for (const QString& step : steps.split(' ')) QTest::keyClick(column, QKeySequence(step)[0].key());
-        });
-        for (Qt::Key key : keys) QTest::keyClick(screen.get(), key);
-        return captions.join('|');
+
+    // "read <dBm>", "keys <keys>", "menu <keys>/<keys in the submenu>", "edit <typed, then
+    // Return in the next value editor>", "rm" (the calibration file), "close" (as the window
+    // manager does), "light" (laser 2 on behind the screen's back), "destroy", "shot <name>";
+    // otherwise "<what>=<expected>", waited for.
+    void Step(const QString& step) {
+        const QString verb = step.section(' ', 0, 0), arg = step.section(' ', 1);
+        if (verb == "read") {
+            ScratchDirectory::Write(ini, Ini(arg.toStdString()));
+            manager->GetPowerMeter()->ReloadFactoryCalibration();
+        } else if (verb == "keys" || verb == "menu") {
+            if (verb == "menu")
+                toolkittest::WhenShown<CSubmenuDialog>("a submenu", [this, arg](CSubmenuDialog* c) {
+                    captions.clear();
+                    for (size_t i = 0; i < c->GetKeysCount(); ++i)
+                        captions << c->GetKey(i)->Caption();
+                    Press(c, arg.section('/', 1));
+                });
+            Press(screen.get(), arg.section('/', 0, 0));
+        } else if (verb == "edit") {
+            toolkittest::WhenShown<CChangeValueDialog>(
+                "an editor", [this, arg](CChangeValueDialog* e) {
+                    editor = e->windowTitle() + "|" + QString::number(e->Digits().Value());
+                    QTest::keyClicks(e, arg + "\r");
+                });
+        } else if (step == "rm" || step == "close" || step == "light" || step == "destroy") {
+            step == "rm"      ? void(std::filesystem::remove(ini))
+            : step == "close" ? void(screen->close())
+            : step == "light" ? manager->GetLightSource()->SwitchOn(1, 0)
+                              : screen.reset();
+        } else if (verb == "shot") {
+            for (QLabel* label : screen->findChildren<QLabel*>())  // nothing cut off
+                EXPECT_LE(
+                    label->isVisible() * label->fontMetrics().horizontalAdvance(label->text()),
+                    label->width());
+            screenshot::Save("opm-" + arg, screen.get());
+        } else {
+            const QString what = step.section('=', 0, 0), expected = step.section('=', 1);
+            toolkittest::WaitUntil([&] { return Actual(what) == expected; });
+            EXPECT_EQ(Actual(what), expected) << step.toStdString();
+            if (what == "boxes") boxes.clear();
+        }
+    }
+    void Press(QWidget* target, const QString& keys) {
+        for (const QString& key : keys.split(' '))
+            QTest::keyClick(target, QKeySequence(key)[0].key());
+    }
+    // A control's text ("1020"), whether it shows ("1020?"), the last submenu's captions ("menu"),
+    // the boxes shown, the editor's title and start, the laser and mode on the bench, the enabled
+    // soft keys, the meter measuring or subscribed ("live"), or a key of the calibration file.
+    QString Actual(const QString& what) {
+        bool isId = false;
+        const int id = what.chopped(what.endsWith('?')).toInt(&isId);
+        const auto lasers = sim::Bench::Instance().Lasers();
+        QString keys, file = QString::fromStdString(ScratchDirectory::Read(ini));
+        for (unsigned slot = 0; screen && slot < 4; ++slot)
+            keys += screen->GetMenuCtrl().GetCurrentKey(slot)->isEnabled() ? '1' : '0';
+        ZuOPMMeter* meter = manager->GetPowerMeter();
+        return isId && what.endsWith('?') ? QString::number(screen->GetDlgItem(id)->isVisible())
+               : isId                     ? screen->GetDlgItemText(id)
+               : what == "menu"           ? captions.join('|')
+               : what == "boxes"          ? boxes.join('|')
+               : what == "editor"         ? editor
+               : what == "laser"          ? QString("%1/%2").arg(lasers.id).arg(lasers.mode)
+               : what == "keys"           ? keys
+               : what == "live"           ? QString::number(meter->IsRunning() ||
+                                                            meter->IsSubscribed(WindowHandleOf(screen.get())))
+                                          : file.section("\n" + what + "=", 1).section('\n', 0, 0);
     }
 
     simtest::TempBench bench;
-    std::string ini = TheImage().dir + "etc_gui/opm.ini";
+    const std::string dir = TheImage().dir, ini = dir + "etc_gui/opm.ini";
     TLogFile log{(bench.directory + "/PowerMeter.log").c_str(), 1, 0};
     TLenUnit lenUnit;
     CAppConfig config{L"Software\\Tavix", 0};
-    ScopedLanguagePack pack;
     std::unique_ptr<CPowerMeterDeviceManager> manager;
     std::unique_ptr<COPMDialog> screen;
+    QStringList captions, boxes;  // boxes: "title: text" of each, closed as it opened
+    QString editor;
     QTimer boxWatch;
-    QStringList boxes;  // "title: text" of every box, closed as it opened
 };
 
-TEST_F(Screen, ShowsThePowerThreeWaysAgainstTheActiveSlotsReference) {
-    Open();
-    SetReferenceDisplay(true);
-    meter()->SetReferenceLevel(0, -10.0f), meter()->SetReferenceLevel(1, -20.0f);
-    const struct { const char *reading, *keys, *shown; } rows[] = {
-        {"-80", "", "1310 nm|<-75.0 dBm|0.025 nW| -10.00 dBm| -66.00 dB"},
-        {"-30", "", "1310 nm|-30.000 dBm|1.000 uW| -10.00 dBm| -20.00 dB"},
-        {"-30.0000434", "", "1310 nm|-30.000 dBm|1000.0 nW| -10.00 dBm| -20.00 dB"},
-        {"30.913", "", "1310 nm| 30.913 dBm|1234 mW| -10.00 dBm| +40.91 dB"},
-        {"41", "", "1310 nm| 41.000 dBm|>9999 mW| -10.00 dBm| +51.00 dB"},
-        {"41", "Down Return", "1550 nm| 41.000 dBm|>9999 mW| -20.00 dBm| +61.00 dB"},
-    };
-    for (const auto& row : rows) {
-        Reading(row.reading);
-        if (*row.keys) { EXPECT_EQ(Choose({Qt::Key_F1}, row.keys), "1310 nm|1550 nm"); }
-        const auto shown = [&] { return QStringList{Text(1004), Text(1020), Text(1023), Text(1008), Text(1022)}.join('|'); };
-        WaitUntil([&] { return shown() == row.shown; });
-        EXPECT_EQ(shown(), row.shown) << row.reading;
-    }
-    EXPECT_TRUE(Visible(1036) && Visible(1038) && !Visible(1112));
-}
+// clang-format off
+const struct { const char *name, *language, *bench; bool lightSource; const char* steps; } kScenarios[] = {
+    {"formats, and the reference of the active slot", "english", "", true, "read -10;1020=-10.000 dBm;menu F3/Down Return;menu F1/Down Return;read -20;1020=-20.000 dBm;menu F3/Down Return;menu F1/Up Return;"
+     "read -80;1020=<-75.0 dBm;1023=0.025 nW;1008= -10.00 dBm;1022= -66.00 dB;read -30;1023=1.000 uW;1022= -20.00 dB;read -30.0000434;1023=1000.0 nW;1020=-30.000 dBm;"
+     "read 30.913;1023=1234 mW;1020= 30.913 dBm;1022= +40.91 dB;read 41;1023=>9999 mW;menu F1/Down Return;menu=1310 nm|1550 nm;1004=1550 nm;1008= -20.00 dBm;1022= +61.00 dB"},
+    {"zero only below -50", "english", "", true, "1020=-30.000 dBm;shot measuring-english;read -50;1020=-50.000 dBm;keys F2;boxes=Warning!: >-50dBm!;Zero0=;"
+     "read -50.01;1020=-50.010 dBm;keys F2;boxes=;Zero0=65535"},
+    {"reference keys", "english", "", true, "1020=-30.000 dBm;menu F3/Down Down Return;menu=Enter value|Set from input|Show reference;1022= -30.00 dB;"
+     "menu F3/Down Return;menu=Enter value|Set from input|Hide reference;1022=  +0.00 dB;shot reference-english;ReferenceLevel0=-30;edit +;menu F3/Return;editor=Ref = |-30;1022= -60.00 dB;"
+     "ReferenceLevel0=30;menu F3/Down Down Return;1022?=0;1008?=0;1036?=0;1038?=0"},
+    {"light source steps", "english", "", true, "1113?=0;menu F4/Return;menu=1310 OFF|1550 OFF;1113=1310 continuous;1114?=1;shot laser-on-english;laser=1/0;menu F4/Return;menu=1310 ON|1550 OFF|All lasers off;"
+     "1113=1310 modulated;laser=1/1;menu F4/Return;menu=1310 ON *|1550 OFF|All lasers off;1113?=0;1114?=0;laser=0/0;menu F4/Down Return;1113=1550 continuous;menu F4/Up Return;laser=0/0"},
+    {"combinations", "english", "", true, "1020=-30.000 dBm;edit ;keys Left Right F1;editor=P, dBm|-30;boxes=;WaveCentralCoeff0=0;rm;edit ;keys Left Right F1;"
+     "boxes=Error: Error ocurred during manual calibrating;menu Left Left Right F1/Escape;menu=1310 nm|1550 nm;menu Left Right F2/Escape;menu=PM1|PM2|NoOPM=0|NoOPM=1"},
+    {"service failures", "english", "", true, "menu Left Right F2/Return;boxes=;1020= -5.000 dBm;read -30;menu Left Right F2/Down Return;boxes=Error: Error during factory calibration data changing to def;"
+     "menu Left Right F2/Down Down Return;boxes=;NoOPM=0;rm;menu Left Right F2/Up Return;boxes=Error: Error during NoOPM key|Error: Error during factory calibration data rereading;"
+     "menu Left Right F2/Return;boxes=Error: Error during factory calibration data changing to def|Error: Error during factory calibration data rereading"},
+    {"close", "english", "", true, "menu F4/Return;menu F1/Down Return;live=1;close;live=0;laser=0/0;ActiveWaveLengthIndex=1;light;destroy;laser=2/0"},
+    {"no light source", "english", "", false, "keys=1110"},
+    {"no meter", "english", "[faults]\nnoOlt1 = 1\n", true, "keys=0001;1112?=1;1112=No power meter;1004?=0;1020?=0;1023?=0;shot no-meter-english"},
+    {"no meter", "german", "[faults]\nnoOlt1 = 1\n", true, "keys=0001;1112=Kein Leistungsmesser;shot no-meter-german"},
+    {"views", "german", "", true, "1020=-30.000 dBm;shot measuring-german;menu F4/Return;1113=1310 Dauerlicht;shot laser-on-german;menu F3/Down Down Return;1022?=1;shot reference-german"},
+};
+// clang-format on
 
-TEST_F(Screen, ZeroIsRefusedUnlessTheInputIsBelowMinusFifty) {
-    Open();
-    for (const auto& [reading, shown, box] : {std::tuple{"-50", "-50.000 dBm", "Warning!: >-50dBm!"}, {"-50.01", "-50.010 dBm", ""}}) {
-        Reading(reading);
-        ASSERT_TRUE(WaitUntil([&] { return Text(1020) == shown; })) << Text(1020).toStdString();
-        boxes.clear();
-        QTest::keyClick(screen.get(), Qt::Key_F2);
-        EXPECT_EQ(boxes.join(""), box);
-        // A zero taken on a saturated detector puts the full scale into every range's offset.
-        EXPECT_EQ(meter()->GetZero(0), *box ? 0.0f : 65535.0f);
-    }
-}
-
-TEST_F(Screen, ReferenceKeysEnterTakeAndSwitchTheReference) {
-    Open();
-    // Steps -> captions, display on, reference of the slot, relative value shown.
-    const struct { const char *steps, *captions; bool on; float reference; const char* relative; } rows[] = {
-        {"Down Down Return", "Enter value|Set from input|Show reference", true, 0.0f, " -30.00 dB"},
-        {"Down Return", "Enter value|Set from input|Hide reference", true, -30.0f, "  +0.00 dB"},
-        {"Return", "Enter value|Set from input|Hide reference", true, 30.0f, " -60.00 dB"},
-        {"Down Down Return", "Enter value|Set from input|Hide reference", false, 30.0f, ""},
-    };
-    for (const auto& row : rows) {
-        if (row.steps == std::string("Return"))
-            toolkittest::WhenShown<CChangeValueDialog>("the reference editor", [](CChangeValueDialog* editor) {
-                EXPECT_EQ(editor->windowTitle(), "Ref = ");
-                QTest::keyClicks(editor, "+"), QTest::keyClick(editor, Qt::Key_Return);
-            });
-        EXPECT_EQ(Choose({Qt::Key_F3}, row.steps), row.captions);
-        EXPECT_EQ(IsReferenceDisplayOn(), row.on);
-        EXPECT_EQ(meter()->GetReferenceLevel(0), row.reference);
-        EXPECT_TRUE(WaitUntil([&] { return Visible(1022) == row.on && (!row.on || Text(1022) == row.relative); })) << row.steps;
-    }
-    EXPECT_NE(ScratchDirectory::Read(ini).find("ReferenceLevel0=30\n"), std::string::npos);
-}
-
-TEST_F(Screen, EachChoiceOfALaserStepsItOffOnModulatedOff) {
-    Open();
-    const struct { const char *steps, *captions, *state; int laser, mode; } rows[] = {
-        {"Return", "1310 OFF|1550 OFF", "1310 continuous", 1, 0},
-        {"Return", "1310 ON|1550 OFF|All lasers off", "1310 modulated", 1, 1},
-        {"Return", "1310 ON *|1550 OFF|All lasers off", "", 0, 0},
-        {"Down Return", "1310 OFF|1550 OFF", "1550 continuous", 2, 0},
-        {"Up Return", "1310 OFF|1550 ON|All lasers off", "", 0, 0},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Choose({Qt::Key_F4}, row.steps), row.captions);
-        EXPECT_EQ(*row.state ? Text(1113) : "", row.state);
-        EXPECT_EQ(Visible(1113) && Visible(1114), *row.state != 0);
-        EXPECT_EQ((std::array{sim::Bench::Instance().Lasers().id, sim::Bench::Instance().Lasers().mode}), (std::array{row.laser, row.mode}));
-    }
-}
-
-TEST_F(Screen, HiddenCombinationsOpenCalibrationAndServiceFunctions) {
-    Open();
-    ASSERT_TRUE(WaitUntil([&] { return Text(1020) == "-30.000 dBm"; }));
-    toolkittest::WhenShown<CChangeValueDialog>("the calibration editor", [&](CChangeValueDialog* editor) {
-        EXPECT_EQ(editor->windowTitle() + QString::number(editor->Digits().Value()), "P, dBm-30");
-        std::filesystem::remove(ini);  // the calibration cannot be written
-        QTest::keyClick(editor, Qt::Key_Return);
+TEST_F(Screen, Scenarios) {
+    QObject::connect(&boxWatch, &QTimer::timeout, [this] {
+        for (QWidget* window : QApplication::topLevelWidgets())
+            if (auto* box = qobject_cast<CMessageBoxEx*>(window); box && box->isVisible())
+                boxes << box->windowTitle() + ": " +
+                             box->findChild<QLabel*>("1192")->text().replace('\n', ' '),
+                    box->accept();
     });
-    for (Qt::Key key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_F1}) QTest::keyClick(screen.get(), key);
-    EXPECT_EQ(boxes, QStringList{"Error: Error ocurred during manual calibrating"});
-    // The extra Left stays caught, so F1 is the wavelength key.
-    EXPECT_EQ(Choose({Qt::Key_Left, Qt::Key_Left, Qt::Key_Right, Qt::Key_F1}, "Escape"), "1310 nm|1550 nm");
-    EXPECT_EQ(Choose({Qt::Key_Left, Qt::Key_Right, Qt::Key_F2}, "Escape"), "PM1|PM2|NoOPM=0|NoOPM=1");
-}
-
-TEST_F(Screen, ServiceFunctionsReportEachFailureInTheErrorBox) {
-    Open();
-    const std::string def = "Error: Error during factory calibration data changing to def",
-                      reread = "Error: Error during factory calibration data rereading";
-    // Steps, calibration file (empty: none) -> boxes, common coefficient, NoOPM line written.
-    const struct { const char* steps; std::string file, boxes; float coefficient; const char* noOPM; } rows[] = {
-        {"Return", Ini("-30"), "", -5.0f, ""},
-        {"Down Return", Ini("-30"), def, -30.0f, ""},
-        {"Down Down Return", Ini("-30"), "", -30.0f, "NoOPM=0"},
-        {"Up Return", "", "Error: Error during NoOPM key" + reread, -30.0f, ""},
-        {"Return", "", def + reread, -30.0f, ""},
-    };
-    for (const auto& row : rows) {
-        Reading("-30"), boxes.clear();
-        if (row.file.empty()) std::filesystem::remove(ini);
-        EXPECT_EQ(Choose({Qt::Key_Left, Qt::Key_Right, Qt::Key_F2}, row.steps), "PM1|PM2|NoOPM=0|NoOPM=1");
-        EXPECT_EQ(boxes.join("").toStdString(), row.boxes) << row.steps;
-        EXPECT_EQ(meter()->GetCalibrFreeCoeff(), row.coefficient) << row.steps;
-        if (*row.noOPM) { EXPECT_NE(ScratchDirectory::Read(ini).find(row.noOPM), std::string::npos); }
-    }
-}
-
-TEST_F(Screen, ClosingStopsTheMeterSavesItsStateAndSwitchesTheLightsOffOnce) {
-    Open();
-    Choose({Qt::Key_F4}, "Return"), Choose({Qt::Key_F1}, "Down Return");
-    const HWND window = WindowHandleOf(screen.get());
-    ASSERT_TRUE(meter()->IsRunning() && meter()->IsSubscribed(window));
-    screen->close();  // as the window manager does
-    EXPECT_FALSE(meter()->IsRunning() || meter()->IsSubscribed(window));
-    EXPECT_EQ(sim::Bench::Instance().Lasers().id, 0);
-    EXPECT_NE(ScratchDirectory::Read(ini).find("ActiveWaveLengthIndex=1"), std::string::npos);
-    manager->GetLightSource()->SwitchOn(1, 0);
-    screen.reset();
-    EXPECT_EQ(sim::Bench::Instance().Lasers().id, 2);
-}
-
-// Every view in both packs: what shows, which keys work, and no text cut off.
-TEST_F(Screen, EveryViewInBothLanguages) {
-    const struct { const char *name, *bench; bool reference, laser, lightSource; const char* keys; } views[] = {
-        {"measuring", "", false, false, true, "1111"},
-        {"reference", "", true, false, true, "1111"},
-        {"laser-on", "", false, true, true, "1111"},
-        {"no-meter", "[faults]\nnoOlt1 = 1\n", false, false, true, "0001"},
-        {"no-light-source", "", false, false, false, "1110"},
-    };
-    for (const char* language : {"english", "german"}) {
-        ScopedLanguagePack languagePack(language);
-        for (const auto& view : views) {
-            SCOPED_TRACE(std::string(view.name) + " " + language);
-            Bench(view.bench), SetReferenceDisplay(view.reference);
-            Open(view.lightSource);
-            if (view.laser) Choose({Qt::Key_F4}, "Return");
-            const bool hasMeter = *view.bench == 0;
-            EXPECT_TRUE(WaitUntil([&] { return !hasMeter || Text(1020) == "-30.000 dBm"; }));
-            EXPECT_EQ(Text(1112), hasMeter ? "" : ResourceString(53));
-            EXPECT_EQ(Visible(1112), !hasMeter);
-            EXPECT_EQ(Visible(1020) && Visible(1023) && Visible(1004), hasMeter);
-            EXPECT_EQ(Visible(1022), view.reference);
-            EXPECT_EQ(Visible(1113), view.laser);
-            QString keys;
-            for (unsigned slot = 0; slot < 4; ++slot) keys += screen->GetMenuCtrl().GetCurrentKey(slot)->isEnabled() ? '1' : '0';
-            EXPECT_EQ(keys, view.keys);
-            for (QLabel* label : screen->findChildren<QLabel*>())
-                EXPECT_LE(label->isVisible() ? label->fontMetrics().horizontalAdvance(label->text()) : 0, label->width()) << label->objectName().toStdString();
-            screenshot::Save(QString("opm-%1-%2").arg(view.name, language), screen.get());
-        }
+    boxWatch.start(5);
+    for (const auto& scenario : kScenarios) {
+        SCOPED_TRACE(scenario.name);
+        ScopedLanguagePack pack(scenario.language);
+        Open(scenario.bench, scenario.lightSource);
+        for (const QString& step : QString(scenario.steps).split(';')) Step(step);
     }
 }
 
