@@ -3,15 +3,12 @@
 // exactly the common coefficient, so a scenario sets the meter's reading to
 // the digit through the calibration file ("read").
 
-#include <unistd.h>
-
 #include <QLabel>
 
 #include "Common/Settings/AppConfig.h"
 #include "Common/Settings/Logging.h"
 #include "Common/Toolkit/ChangeValueDialog.h"
 #include "Common/Toolkit/IUserNotifier.h"
-#include "Common/Toolkit/MenuKey.h"
 #include "Common/Toolkit/MessageBoxEx.h"
 #include "Common/Toolkit/SubmenuDialog.h"
 #include "Common/Toolkit/TextMenuKey.h"
@@ -26,24 +23,10 @@
 #include "Simulator/SimulatorTestSupport.h"
 #include "Support/LenUnit.h"
 #include "Support/LogFile.h"
+#include "e2e/ProbeImage.h"
 #include "support/Screenshot.h"
 
 namespace {
-
-// One image per process, with its pristine hive.
-struct Image {
-    std::string dir = mkdtemp((std::filesystem::temp_directory_path() / "opm-screen-XXXXXX")
-                                  .string()
-                                  .data()) +
-                      std::string("/"),
-                hive;
-    Image() {
-        if (std::system((OPM_MAKE_IMAGE " --fresh " OPM_BUILD_DIR " " + dir).c_str()) != 0)
-            throw std::runtime_error(dir);
-        hive = ScratchDirectory::Read(dir + "registry.reg");
-    }
-    ~Image() { std::filesystem::remove_all(dir); }
-};
 
 // clang-format off
 // Range 1 (R = 1) for good, where the saturated ADC reads MaxADC: the reading is the coefficient.
@@ -59,24 +42,21 @@ const std::string kBench = std::string(simtest::TempBench::kFast) + "[noise]\nad
 
 class Screen : public testing::Test, public IUserNotifier {
 protected:
-    static const Image& TheImage() {
-        static const Image made;
-        return made;
-    }
+    static inline std::unique_ptr<e2e::ProbeImage> image;
+    static void SetUpTestSuite() { image = std::make_unique<e2e::ProbeImage>(); }
     // A fresh instrument (registry, bench, calibration file) and the screen on it.
     void Open(const std::string& benchKeys, bool withLightSource) {
         TearDown();
         platform::OverrideModuleFileName(std::wstring(dir.begin(), dir.end()) + L"PowerMeter");
-        platform::LoadHiveFromText(TheImage().hive);
+        platform::LoadHiveFromText(image->ReadText("registry.reg"));
         platform::DeactivateStreamDevices();
         bench.Write(kBench + benchKeys), ScratchDirectory::Write(ini, Ini("-30"));
         SetLogFile(&log), SetLenUnit(&lenUnit), SetAppConfig(&config);
         manager = std::make_unique<CPowerMeterDeviceManager>(config, *this);
         ASSERT_TRUE(manager->Init());
         SetPowerMeterDeviceManager(manager.get());
-        ZuOPMMeter* meter = manager->GetPowerMeter();
-        screen = std::make_unique<COPMDialog>(
-            meter, withLightSource ? manager->GetLightSource() : nullptr);
+        CLightSource* lightSource = withLightSource ? manager->GetLightSource() : nullptr;
+        screen = std::make_unique<COPMDialog>(manager->GetPowerMeter(), lightSource);
         ASSERT_TRUE(screen->Create());
         screen->show(), screen->activateWindow(), boxes.clear();
     }
@@ -89,7 +69,7 @@ protected:
 
     // "read <dBm>", "keys <keys>", "menu <keys>/<keys in the submenu>", "edit <typed, then
     // Return in the next value editor>", "rm" (the calibration file), "close" (as the window
-    // manager does), "light" (laser 2 on behind the screen's back), "destroy", "shot <name>";
+    // manager does), "destroy", "shot <name>";
     // otherwise "<what>=<expected>", waited for.
     void Step(const QString& step) {
         const QString verb = step.section(' ', 0, 0), arg = step.section(' ', 1);
@@ -102,25 +82,23 @@ protected:
                     captions.clear();
                     for (size_t i = 0; i < c->GetKeysCount(); ++i)
                         captions << c->GetKey(i)->Caption();
-                    Press(c, arg.section('/', 1));
+                    for (const QString& key : arg.section('/', 1).split(' '))
+                        QTest::keyClick(c, Key(key));
                 });
-            Press(screen.get(), arg.section('/', 0, 0));
+            for (const QString& key : arg.section('/', 0, 0).split(' '))
+                QTest::keyClick(screen.get(), Key(key));
         } else if (verb == "edit") {
-            toolkittest::WhenShown<CChangeValueDialog>(
-                "an editor", [this, arg](CChangeValueDialog* e) {
-                    editor = e->windowTitle() + "|" + QString::number(e->Digits().Value());
-                    QTest::keyClicks(e, arg + "\r");
-                });
-        } else if (step == "rm" || step == "close" || step == "light" || step == "destroy") {
-            step == "rm"      ? void(std::filesystem::remove(ini))
-            : step == "close" ? void(screen->close())
-            : step == "light" ? manager->GetLightSource()->SwitchOn(1, 0)
-                              : screen.reset();
+            toolkittest::WhenShown<CChangeValueDialog>("an editor", [this, arg](auto* e) {
+                editor = e->windowTitle() + "|" + QString::number(e->Digits().Value());
+                QTest::keyClicks(e, arg + "\r");
+            });
+        } else if (step == "rm") {
+            std::filesystem::remove(ini);
+        } else if (step == "close" || step == "destroy") {
+            step == "close" ? void(screen->close()) : screen.reset();
         } else if (verb == "shot") {
             for (QLabel* label : screen->findChildren<QLabel*>())  // nothing cut off
-                EXPECT_LE(
-                    label->isVisible() * label->fontMetrics().horizontalAdvance(label->text()),
-                    label->width());
+                EXPECT_LE(label->isVisible() * label->sizeHint().width(), label->width());
             screenshot::Save("opm-" + arg, screen.get());
         } else {
             const QString what = step.section('=', 0, 0), expected = step.section('=', 1);
@@ -129,10 +107,7 @@ protected:
             if (what == "boxes") boxes.clear();
         }
     }
-    void Press(QWidget* target, const QString& keys) {
-        for (const QString& key : keys.split(' '))
-            QTest::keyClick(target, QKeySequence(key)[0].key());
-    }
+    static Qt::Key Key(const QString& name) { return QKeySequence(name)[0].key(); }
     // A control's text ("1020"), whether it shows ("1020?"), the last submenu's captions ("menu"),
     // the boxes shown, the editor's title and start, the laser and mode on the bench, the enabled
     // soft keys, the meter measuring or subscribed ("live"), or a key of the calibration file.
@@ -157,7 +132,7 @@ protected:
     }
 
     simtest::TempBench bench;
-    const std::string dir = TheImage().dir, ini = dir + "etc_gui/opm.ini";
+    const std::string dir = image->dir, ini = dir + "etc_gui/opm.ini";
     TLogFile log{(bench.directory + "/PowerMeter.log").c_str(), 1, 0};
     TLenUnit lenUnit;
     CAppConfig config{L"Software\\Tavix", 0};
@@ -185,7 +160,7 @@ const struct { const char *name, *language, *bench; bool lightSource; const char
     {"service failures", "english", "", true, "menu Left Right F2/Return;boxes=;1020= -5.000 dBm;read -30;menu Left Right F2/Down Return;boxes=Error: Error during factory calibration data changing to def;"
      "menu Left Right F2/Down Down Return;boxes=;NoOPM=0;rm;menu Left Right F2/Up Return;boxes=Error: Error during NoOPM key|Error: Error during factory calibration data rereading;"
      "menu Left Right F2/Return;boxes=Error: Error during factory calibration data changing to def|Error: Error during factory calibration data rereading"},
-    {"close", "english", "", true, "menu F4/Return;menu F1/Down Return;live=1;close;live=0;laser=0/0;ActiveWaveLengthIndex=1;light;destroy;laser=2/0"},
+    {"close", "english", "", true, "menu F4/Return;menu F1/Down Return;live=1;close;live=0;laser=0/0;ActiveWaveLengthIndex=1;menu F4/Down Return;laser=2/0;destroy;laser=2/0"},
     {"no light source", "english", "", false, "keys=1110"},
     {"no meter", "english", "[faults]\nnoOlt1 = 1\n", true, "keys=0001;1112?=1;1112=No power meter;1004?=0;1020?=0;1023?=0;shot no-meter-english"},
     {"no meter", "german", "[faults]\nnoOlt1 = 1\n", true, "keys=0001;1112=Kein Leistungsmesser;shot no-meter-german"},
@@ -198,7 +173,7 @@ TEST_F(Screen, Scenarios) {
         for (QWidget* window : QApplication::topLevelWidgets())
             if (auto* box = qobject_cast<CMessageBoxEx*>(window); box && box->isVisible())
                 boxes << box->windowTitle() + ": " +
-                             box->findChild<QLabel*>("1192")->text().replace('\n', ' '),
+                             box->findChild<QLabel*>("1192")->text().simplified(),
                     box->accept();
     });
     boxWatch.start(5);
