@@ -31,17 +31,13 @@ namespace {
 // clang-format off
 // Range 1 (R = 1) for good, where the saturated ADC reads MaxADC: the reading is the coefficient.
 std::string Ini(const std::string& dBm) {
-    return "[WaveLengths]\nWavesNum=2\nWaveLength0=1310\nWaveLength1=1550\n[Hardware]\nMaxADC=65535\nResistor0=1\n"
-           "[FactoryCalibration]\nThreshSwitchUp=2\nThreshSwitchDown=0\nCalibrFreeCoeff=" + dBm + "\n"
-           "[FactoryCalibration_xxxxPM1]\nCalibrFreeCoeff=-5\n[LightSource_X7]\nLsLasersNum=2\n"
-           "LsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\nLsLaserWaveLength1=1550\n";
+    return "[WaveLengths]\nWavesNum=2\nWaveLength0=1310\nWaveLength1=1550\n[Hardware]\nMaxADC=65535\nResistor0=1\n[FactoryCalibration]\nThreshSwitchUp=2\nThreshSwitchDown=0\n"
+           "CalibrFreeCoeff=" + dBm + "\n[FactoryCalibration_xxxxPM1]\nCalibrFreeCoeff=-5\n[LightSource_X7]\nLsLasersNum=2\nLsLaserId0=1\nLsLaserWaveLength0=1310\nLsLaserId1=2\nLsLaserWaveLength1=1550\n";
 }
-const std::string kBench = std::string(simtest::TempBench::kFast) + "[noise]\nadcCounts = 0\nrelative = 0\n"
-                           "[input]\ndBm = 10\n[laser1]\nid = 1\n[laser2]\nid = 2\n[module]\nmodelTag = X7\n";
+const std::string kBench = std::string(simtest::TempBench::kFast) + "[noise]\nadcCounts = 0\nrelative = 0\n[input]\ndBm = 10\n[laser1]\nid = 1\n[laser2]\nid = 2\n[module]\nmodelTag = X7\n";
 // clang-format on
 
-class Screen : public testing::Test, public IUserNotifier {
-protected:
+struct Screen : testing::Test, IUserNotifier {
     static inline std::unique_ptr<e2e::ProbeImage> image;
     static void SetUpTestSuite() { image = std::make_unique<e2e::ProbeImage>(); }
     // A fresh instrument (registry, bench, calibration file) and the screen on it.
