@@ -1,13 +1,16 @@
 #pragma once
 // The base of the power meter's screens: a CBaseDialog that owns the modeless
-// main menu panel. Enter, or a touch on the menu hint of the status line,
-// opens the panel over the screen; the screen underneath keeps measuring.
+// main menu panel. Enter, or a touch on the menu hint (control 1115) of the
+// screen, opens the panel over the screen; the screen underneath keeps
+// measuring.
 
 #include <memory>
 
 #include "Common/Toolkit/BaseDialog.h"
 
 class CMainMenuDialog;
+
+constexpr int IDC_MAIN_MENU_HINT = 1115;
 
 class CPMDialog : public CBaseDialog {
     Q_OBJECT
@@ -21,6 +24,8 @@ public:
     CMainMenuDialog* GetMainMenu() const { return mainMenu.get(); }
 
 protected:
+    // A screen deriving from this one calls it first from its own.
+    bool OnInitDialog() override;
     bool OnEnterPressed() override;
     void OnDestroy() override;
 

@@ -1,0 +1,158 @@
+// The main menu panel over a measuring screen, the parameter dialog and timed
+// recording, on the simulated instrument: an image assembled once per process
+// gives the hive, the module and the meter's driver.
+
+#include "Common/Settings/CommonConfig.h"
+#include "Common/Settings/Logging.h"
+#include "Common/Toolkit/IUserNotifier.h"
+#include "Common/Toolkit/Message.h"
+#include "Common/Toolkit/TextMenuKey.h"
+#include "Common/ToolkitTestSupport.h"
+#include "Platform/ModulePath.h"
+#include "Platform/Registry.h"
+#include "PowerMeter/Devices/ModuleDll.h"
+#include "PowerMeter/Devices/PowerMeterDeviceManager.h"
+#include "PowerMeter/PowerMeter.h"
+#include "PowerMeter/Results/AutoSave.h"
+#include "PowerMeter/Results/OPMDocument.h"
+#include "PowerMeter/Screens/MainMenuDialog.h"
+#include "PowerMeter/Screens/PMDialog.h"
+#include "PowerMeter/Screens/PowerMeterParamDialog.h"
+#include "Support/LogFile.h"
+#include "e2e/ProbeImage.h"
+#include "support/Screenshot.h"
+
+namespace {
+
+const std::string& Image() {
+    static const e2e::ProbeImage image;
+    return image.dir;
+}
+
+QString Join(int count, auto text) {
+    QStringList texts;
+    for (int i = 0; i < count; ++i) texts << text(i);
+    return texts.join('|');
+}
+
+// The soft keys' captions and the title.
+QString Texts(CMainMenuDialog* panel) {
+    return Join(5, [&](int i) {
+        auto* key = dynamic_cast<CTextMenuKey*>(panel->GetMenuCtrl().GetCurrentKey(i));
+        return i == 4 ? panel->GetDlgItemText(1310) : key ? key->Caption() : "";
+    });
+}
+
+class MainMenu : public testing::Test, public IUserNotifier {
+protected:
+    void SetUp() override {
+        platform::OverrideModuleFileName(std::wstring(Image().begin(), Image().end()) +
+                                         L"PowerMeter");
+        platform::LoadHiveFromText(ScratchDirectory::Read(Image() + "registry.reg"));
+        SetLogFile(&log), SetLenUnit(&lenUnit), SetAppConfig(&config), SetOPMDocument(&document);
+        SetPowerMeterDeviceManager(manager.Init() ? &manager : nullptr);
+    }
+    void TearDown() override {
+        ResetAutoSave(), SetPowerMeterDeviceManager(nullptr), SetOPMDocument(nullptr);
+        SetAppConfig(nullptr), SetLenUnit(nullptr), SetLogFile(nullptr);
+        delete std::exchange(ModuleDll, nullptr);  // loaded with this test's log and units
+    }
+    void ShowMessage(const std::wstring& text) override { ADD_FAILURE() << text; }
+
+    ScopedLanguagePack pack{"english"};
+    TLogFile log{(Image() + "PowerMeter.log").c_str(), 1, 0};
+    TLenUnit lenUnit;
+    CAppConfig config{L"Software\\Tavix", 0};
+    COPMDocument document;
+    CPowerMeterDeviceManager manager{config, *this};
+};
+
+TEST_F(MainMenu, PanelAndParametersInEitherLanguage) {
+    for (const auto& [language, texts] :
+         {std::pair{"english", "Store result|Parameters||Quit|Menu|Enter ▸ Menu"},
+          std::pair{"german", "Ergebnis speichern|Parameter||Beenden|Menü|Enter ▸ Menü"}}) {
+        ScopedLanguagePack shown{language};
+        CPMDialog screen(394);
+        CPowerMeterParamDialog parameters(&screen);
+        screen.Create(), screen.ShowMainMenu(), parameters.Create(), parameters.show();
+        EXPECT_EQ(Texts(screen.GetMainMenu()) + "|" + screen.GetDlgItemText(1115), QString(texts));
+        screenshot::Save(QString("main-menu-%1").arg(language), &screen, {screen.GetMainMenu()});
+        screenshot::Save(QString("parameters-%1").arg(language), &parameters);
+    }
+}
+
+// The store key on the panel (focused first, so Enter presses it too) and the
+// timed recording behind it, whose oddities show through the commands alone.
+TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecordingAndQuitEndsTheScreen) {
+    CPMDialog screen(394);
+    screen.Create(), screen.show();
+    QTest::keyClick(&screen, Qt::Key_Return);
+    CMainMenuDialog* panel = screen.GetMainMenu();
+    // The setting, the texts of the panel opened then, the command (null: the
+    // key on the panel) and the results afterwards.
+    using Step = std::tuple<bool, const char*, void (*)(), Qt::Key, size_t>;
+    for (const auto& [setting, texts, command, key, results] :
+         {Step{false, "Store result|Menu", nullptr, Qt::Key_F1, 1},
+          Step{true, "● Record|Menu", nullptr, Qt::Key_Return, 1},        // takes nothing yet
+          Step{true, "■ Stop|Menu – recording", OnAutoSaveTimer, {}, 2},  // a tick records
+          Step{false, "Store result|Menu", OnAutoSaveTimer, {}, 3},  // records once more, stops
+          Step{false, "Store result|Menu", OnStoreResultCommand, {}, 4},
+          Step{true, "■ Stop|Menu – recording", OnStoreResultCommand, {}, 4},  // flag left set
+          Step{true, "● Record|Menu", nullptr, Qt::Key_F1, 4},
+          Step{true, "■ Stop|Menu – recording", nullptr, Qt::Key_F1, 4}}) {
+        config.SetValue<bool>(autosave::AutoSaveValue, setting);
+        panel->Open();
+        EXPECT_EQ(Texts(panel).remove("|Parameters||Quit"), QString(texts));
+        command ? command() : QTest::keyClick(panel, key);
+        EXPECT_EQ(panel->isVisible(), command != nullptr);  // the key hides the panel first
+        EXPECT_EQ(document.GetResultsCount(), results);
+    }
+    QTest::keyClick(panel, Qt::Key_Escape);
+    EXPECT_FALSE(panel->isVisible());
+    // Touching the hint opens the panel; without a meter the arrows go round
+    // the store key, and Enter on quit ends the screen.
+    SetPowerMeterDeviceManager(nullptr);
+    QTest::mouseClick(screen.GetDlgItem(IDC_MAIN_MENU_HINT), Qt::LeftButton);
+    for (auto key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Left, Qt::Key_Return})
+        QTest::keyClick(panel, key);
+    EXPECT_EQ(screen.result(), IDCANCEL);
+}
+
+TEST_F(MainMenu, ParametersShowTheStoredValuesAndWriteTheChangedOnesOnOkOnly) {
+    const wchar_t* const values[] = {autosave::AutoSaveValue, autosave::AutoSaveIndexValue,
+                                     UIDistanceUnitValue, L"DefaultLanguageDLL"};
+    auto stored = [&](int i) { return QString::fromStdWString(config.GetString(values[i], L"-")); };
+    // The settings before ('-' absent), the fields shown, the steps (keys by
+    // name, "tap<id>" a touch), the settings afterwards and the box's text.
+    using Row = std::tuple<const char*, QString, const char*, QString, const char*>;
+    for (const auto& [before, fields, steps, after, message] :
+         {Row{"-|-|-|english.rcc", "Off|00:10|kilometres (km)|English",
+              "Right Down Right tap1351 Down Left Down Right Return", "1|2|4|german.rcc",
+              "The new language is used from the next start."},
+          Row{"1|3|2|German.rcc", "On|01:00|feet (ft)|Deutsch", "Right Down Right Esc",
+              "1|3|2|German.rcc", ""},
+          Row{"-|9|3|thai.rcc", "Off|00:10|kilofeet (kf)|thai.rcc", "Up Up Left Up Left Return",
+              "-|5|2|thai.rcc", ""}}) {
+        platform::LoadHiveFromText("[HKEY_LOCAL_MACHINE\\Software\\Tavix]\n");
+        for (int i = 0; i < 4; ++i)
+            if (QString text = QString(before).section('|', i, i); text != "-")
+                config.SetValue(values[i], text.toStdWString());
+        toolkittest::WhenShown<CPowerMeterParamDialog>("the parameters", [&](auto* shown) {
+            EXPECT_EQ(Join(4, [&](int i) { return shown->GetDlgItemText(1330 + i); }), fields);
+            if (*message)
+                toolkittest::WhenShown<CMessage>("the next-start box", [&](CMessage* shownBox) {
+                    EXPECT_EQ(QString::fromStdWString(shownBox->Text()), message);
+                    shownBox->accept();
+                });
+            for (const QString& step : QString(steps).split(' '))
+                step.startsWith("tap")
+                    ? QTest::mouseClick(shown->GetDlgItem(step.mid(3).toInt()), Qt::LeftButton)
+                    : QTest::keyClick(shown, QKeySequence(step)[0].key());
+        });
+        CPowerMeterParamDialog().DoModal();
+        EXPECT_EQ(Join(4, stored), after);
+    }
+    EXPECT_EQ(lenUnit.GetUnit(), 2);
+}
+
+}  // namespace
