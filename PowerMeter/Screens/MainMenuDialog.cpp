@@ -83,8 +83,8 @@ void CMainMenuDialog::UpdateKeys() {
     if (autoSave) caption = running ? kStopRecordingString : kStartRecordingString;
     storeKey->SetCaption(ResourceString(caption));
     // The short stop caption needs the title to say what it stops.
-    SetDlgItemText(IDC_TITLE, ResourceString(autoSave && running ? kRecordingTitleString
-                                                                 : kTitleString));
+    SetDlgItemText(IDC_TITLE,
+                   ResourceString(autoSave && running ? kRecordingTitleString : kTitleString));
     // Stopping needs no reading; storing and starting do.
     const bool enable = HasPowerMeter() || (autoSave && running);
     storeKey->setEnabled(enable);
@@ -108,6 +108,14 @@ void CMainMenuDialog::Close() {
         owner->activateWindow();
         owner->setFocus();
     }
+}
+
+bool CMainMenuDialog::eventFilter(QObject* watched, QEvent* event) {
+    // In a desktop window the screen can move or change size; the panel stays
+    // laid over its bottom.
+    const bool moved = event->type() == QEvent::Move || event->type() == QEvent::Resize;
+    if (watched == owner && moved && isVisible()) Place();
+    return CBaseDialog::eventFilter(watched, event);
 }
 
 void CMainMenuDialog::Place() {
@@ -177,15 +185,12 @@ void CMainMenuDialog::StoreResult() {
 }
 
 void CMainMenuDialog::OpenParameters() {
+    // The panel stays above its screen and would cover the dialog's keys.
+    hide();
     CPowerMeterParamDialog parameters(owner);
     parameters.DoModal();
-    // The setting may have changed what the store key does.
-    UpdateKeys();
-    if (isVisible()) {
-        raise();
-        activateWindow();
-        SetCurrent(current);
-    }
+    // Back on the panel, whose store key may have changed with the setting.
+    Open();
 }
 
 void CMainMenuDialog::Quit() {

@@ -42,6 +42,7 @@ protected:
     bool OnSpacePressed() override;
     bool OnEscapePressed() override;
     bool OnTabPressed() override { return true; }
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void StoreResult();

@@ -174,7 +174,8 @@ bool COPMDialog::OnInitDialog() {
                                 opmMeter->GetWaveLength(opmMeter->GetActiveWaveLengthIndex()));
         opmMeter->Start();
     } else {
-        for (int id : {IDC_WAVELENGTH, IDC_ABSOLUTE_VALUE, IDC_LINEAR_VALUE}) ShowControl(id, false);
+        for (int id : {IDC_WAVELENGTH, IDC_ABSOLUTE_VALUE, IDC_LINEAR_VALUE})
+            ShowControl(id, false);
         SetDlgItemText(IDC_NO_METER, ResourceString(IDS_NO_METER));
         ShowControl(IDC_NO_METER, true);
     }
@@ -228,8 +229,7 @@ void COPMDialog::ShowPower(double nanoWatts, double dBm) {
         linearValueText = Format(kAboveRangeFormat, unit->name);
     } else {
         // Four significant digits whatever the unit; counted before rounding.
-        const int digitsBeforePoint =
-            value < 1.0 ? 1 : static_cast<int>(std::log10(value) + 1.0);
+        const int digitsBeforePoint = value < 1.0 ? 1 : static_cast<int>(std::log10(value) + 1.0);
         OPM_ASSERT(digitsBeforePoint <= 4);
         char format[32];
         std::snprintf(format, sizeof format, kLinearFormatFormat, digitsBeforePoint,
@@ -238,15 +238,15 @@ void COPMDialog::ShowPower(double nanoWatts, double dBm) {
     }
     SetDlgItemText(IDC_LINEAR_VALUE, QString::fromStdWString(linearValueText));
 
-    absoluteValueText = dBm < kBelowFloor ? Format("%s", kBelowFloorText)
-                                          : Format(kAbsoluteFormat, dBm);
+    absoluteValueText =
+        dBm < kBelowFloor ? Format("%s", kBelowFloorText) : Format(kAbsoluteFormat, dBm);
     SetDlgItemText(IDC_ABSOLUTE_VALUE, QString::fromStdWString(absoluteValueText));
 }
 
 void COPMDialog::ShowReference(double dBm) {
     const bool on = IsReferenceDisplayOn();
-    for (int id : {IDC_REFERENCE_CAPTION, IDC_RELATIVE_CAPTION, IDC_REFERENCE_LEVEL,
-                   IDC_RELATIVE_VALUE})
+    for (int id :
+         {IDC_REFERENCE_CAPTION, IDC_RELATIVE_CAPTION, IDC_REFERENCE_LEVEL, IDC_RELATIVE_VALUE})
         ShowControl(id, on);
     if (on) {
         const double reference = opmMeter->GetReferenceLevel(opmMeter->GetActiveWaveLengthIndex());
@@ -329,10 +329,9 @@ void COPMDialog::OnLightSourceKey() {
     CSubmenuDialog column(lightSourceKey, VK_F4, this);
     for (size_t laser = 0; laser < lasers; ++laser) {
         const CLightSource::LaserState state = lightSource->GetLaserState(laser);
-        const std::wstring caption =
-            Format("%d", lightSource->GetLaserWaveLength(laser)) + L" " +
-            Format("%s%s", state.on ? kLaserOn : kLaserOff,
-                   state.on && state.mode == 1 ? kModeOneMark : "");
+        const std::wstring caption = Format("%d", lightSource->GetLaserWaveLength(laser)) + L" " +
+                                     Format("%s%s", state.on ? kLaserOn : kLaserOff,
+                                            state.on && state.mode == 1 ? kModeOneMark : "");
         column.AddKey(static_cast<UINT>(laser), QString::fromStdWString(caption));
     }
     if (lightSource->IsAnyLaserOn())

@@ -24,8 +24,8 @@ struct LanguagePack {
     const wchar_t* file;
     const char* name;
 };
-constexpr std::array<LanguagePack, 2> kLanguagePacks{{{L"english.rcc", "English"},
-                                                      {L"german.rcc", "Deutsch"}}};
+constexpr std::array<LanguagePack, 2> kLanguagePacks{
+    {{L"english.rcc", "English"}, {L"german.rcc", "Deutsch"}}};
 
 constexpr UINT kOffString = 61390;
 constexpr UINT kOnString = 61391;
@@ -42,9 +42,8 @@ const QString kCurrentValueStyle =
     QStringLiteral("QLabel { border: 4px solid #000000; background: #ffcc00; }");
 
 bool SameFile(const std::wstring& a, const std::wstring& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](wchar_t x, wchar_t y) {
-        return std::towlower(x) == std::towlower(y);
-    });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](wchar_t x, wchar_t y) { return std::towlower(x) == std::towlower(y); });
 }
 }  // namespace
 
@@ -102,7 +101,8 @@ void CPowerMeterParamDialog::ReadValues() {
     // A stored index outside the table records at the first row's pace, so
     // that is what the field shows.
     const int index = config.GetValue<int>(autosave::AutoSaveIndexValue).value_or(0);
-    interval.value = index >= 0 && index < static_cast<int>(autosave::kIntervals.size()) ? index : 0;
+    interval.value =
+        index >= 0 && index < static_cast<int>(autosave::kIntervals.size()) ? index : 0;
 
     Choice& unit = choices[kUnitField];
     unit.labels.clear();
@@ -118,8 +118,9 @@ void CPowerMeterParamDialog::ReadValues() {
         languageFiles.emplace_back(pack.file);
     }
     const std::wstring stored = config.GetString(LanguageValue, L"");
-    const auto known = std::find_if(languageFiles.begin(), languageFiles.end(),
-                                    [&](const std::wstring& file) { return SameFile(file, stored); });
+    const auto known =
+        std::find_if(languageFiles.begin(), languageFiles.end(),
+                     [&](const std::wstring& file) { return SameFile(file, stored); });
     if (known != languageFiles.end()) {
         language.value = static_cast<int>(known - languageFiles.begin());
     } else {
@@ -155,10 +156,6 @@ void CPowerMeterParamDialog::Confirm() {
     // can only be loaded at start-up.
     if (choices[kLanguageField].Changed()) CMessage(kNextStartString, this).DoModal();
     EndDialog(IDOK);
-}
-
-QString CPowerMeterParamDialog::FieldText(Field field) const {
-    return GetDlgItemText(kValueBase + field);
 }
 
 void CPowerMeterParamDialog::ShowField(int field) {

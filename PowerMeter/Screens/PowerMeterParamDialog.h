@@ -32,10 +32,6 @@ public:
     explicit CPowerMeterParamDialog(QWidget* parent = nullptr);
     ~CPowerMeterParamDialog() override;
 
-    int CurrentField() const { return current; }
-    // The text the field's value control shows.
-    QString FieldText(Field field) const;
-
 protected:
     bool OnInitDialog() override;
     void OnSetTexts() override;
