@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Test lines against code lines: non-blank, non-comment lines of the tracked
-C++ sources (tests/ also counts its CMake files). `--by-folder` breaks the
-test side down."""
+C++, Python and shell sources (tests/ also counts its CMake files).
+`--by-folder` breaks the test side down."""
 import re
 import subprocess
 import sys
@@ -21,11 +21,11 @@ files = subprocess.run(["git", "ls-files"], capture_output=True, text=True, chec
 tests, code, folders = 0, 0, Counter()
 for f in files:
     if f.startswith("tests/"):
-        if f.endswith((".cpp", ".h", ".cmake")) or f.endswith("CMakeLists.txt"):
+        if f.endswith((".cpp", ".h", ".cmake", ".py", ".sh")) or f.endswith("CMakeLists.txt"):
             n = sloc(f)
             tests += n
             folders["/".join(f.split("/")[:2])] += n
-    elif f.endswith((".cpp", ".h")):
+    elif f.endswith((".cpp", ".h", ".py", ".sh")):
         code += sloc(f)
 print(f"tests {tests}  code {code}  ratio {tests / code:.3f}")
 if "--by-folder" in sys.argv:
