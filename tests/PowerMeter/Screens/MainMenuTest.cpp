@@ -76,6 +76,8 @@ TEST_F(MainMenu, PanelAndParametersInEitherLanguage) {
         CPowerMeterParamDialog parameters(&screen);
         screen.Create(), screen.ShowMainMenu(), parameters.Create(), parameters.show();
         EXPECT_EQ(Texts(screen.GetMainMenu()) + "|" + screen.GetDlgItemText(1115), QString(texts));
+        EXPECT_EQ(screen.GetMainMenu()->geometry().bottom(),
+                  screen.mapToGlobal(QPoint(0, 479)).y());
         screenshot::Save(QString("main-menu-%1").arg(language), &screen, {screen.GetMainMenu()});
         screenshot::Save(QString("parameters-%1").arg(language), &parameters);
     }
@@ -92,13 +94,14 @@ TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecordingAndQuitEndsTheSc
     using Step = std::tuple<bool, const char*, void (*)(), Qt::Key, size_t>;
     for (const auto& [setting, texts, command, key, results] :
          {Step{false, "Store result|Menu", nullptr, Qt::Key_F1, 1},
-          Step{true, "● Record|Menu", nullptr, Qt::Key_Return, 1},        // takes nothing yet
-          Step{true, "■ Stop|Menu – recording", OnAutoSaveTimer, {}, 2},  // a tick records
+          Step{true, "● Record|Menu · 00:10", nullptr, Qt::Key_Return, 1},  // takes nothing yet
+          Step{true, "■ Stop|Recording · 00:10", OnAutoSaveTimer, {}, 2},   // a tick records
           Step{false, "Store result|Menu", OnAutoSaveTimer, {}, 3},  // records once more, stops
           Step{false, "Store result|Menu", OnStoreResultCommand, {}, 4},
-          Step{true, "■ Stop|Menu – recording", OnStoreResultCommand, {}, 4},  // flag left set
-          Step{true, "● Record|Menu", nullptr, Qt::Key_F1, 4},
-          Step{true, "■ Stop|Menu – recording", nullptr, Qt::Key_F1, 4}}) {
+          Step{true, "■ Stop|Recording · 00:10", OnStoreResultCommand, {}, 4},  // flag left
+                                                                                // set
+          Step{true, "● Record|Menu · 00:10", nullptr, Qt::Key_F1, 4},
+          Step{true, "■ Stop|Recording · 00:10", nullptr, Qt::Key_F1, 4}}) {
         config.SetValue<bool>(autosave::AutoSaveValue, setting);
         panel->Open();
         EXPECT_EQ(Texts(panel).remove("|Parameters||Quit"), QString(texts));
