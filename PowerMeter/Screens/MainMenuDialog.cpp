@@ -30,6 +30,14 @@ constexpr UINT kRecordingTitleString = 61386;
 constexpr int IDC_TITLE = 1310;
 constexpr int kKeyFontHeight = 17;
 
+// The interval timed recording runs at; an index outside the table records
+// at the first row's pace.
+QString IntervalLabel() {
+    const int index = AppConfig().GetValue<int>(autosave::AutoSaveIndexValue).value_or(0);
+    const bool known = index >= 0 && index < static_cast<int>(autosave::kIntervals.size());
+    return QString::fromWCharArray(autosave::kIntervals[known ? index : 0].label);
+}
+
 bool HasPowerMeter() {
     const CPowerMeterDeviceManager* manager = InstalledDeviceManager();
     return manager != nullptr && manager->GetPowerMeter() != nullptr;
@@ -83,8 +91,10 @@ void CMainMenuDialog::UpdateKeys() {
     if (autoSave) caption = running ? kStopRecordingString : kStartRecordingString;
     storeKey->SetCaption(ResourceString(caption));
     // The short stop caption needs the title to say what it stops.
-    SetDlgItemText(IDC_TITLE,
-                   ResourceString(autoSave && running ? kRecordingTitleString : kTitleString));
+    QString title = ResourceString(autoSave && running ? kRecordingTitleString : kTitleString);
+    // With timed recording on, the title also gives its pace.
+    if (autoSave) title += QStringLiteral(" · ") + IntervalLabel();
+    SetDlgItemText(IDC_TITLE, title);
     // Stopping needs no reading; storing and starting do.
     const bool enable = HasPowerMeter() || (autoSave && running);
     storeKey->setEnabled(enable);

@@ -76,6 +76,8 @@ TEST_F(MainMenu, PanelAndParametersInEitherLanguage) {
         CPowerMeterParamDialog parameters(&screen);
         screen.Create(), screen.ShowMainMenu(), parameters.Create(), parameters.show();
         EXPECT_EQ(Texts(screen.GetMainMenu()) + "|" + screen.GetDlgItemText(1115), QString(texts));
+        EXPECT_EQ(screen.GetMainMenu()->geometry().bottom(),
+                  screen.mapToGlobal(QPoint(0, 479)).y());
         screenshot::Save(QString("main-menu-%1").arg(language), &screen, {screen.GetMainMenu()});
         screenshot::Save(QString("parameters-%1").arg(language), &parameters);
     }
@@ -85,21 +87,21 @@ TEST_F(MainMenu, PanelAndParametersInEitherLanguage) {
 // timed recording behind it, whose oddities show through the commands alone.
 TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecordingAndQuitEndsTheScreen) {
     CPMDialog screen(394);
-    screen.Create(), screen.show();
-    QTest::keyClick(&screen, Qt::Key_Return);
+    screen.Create(), screen.show(), QTest::keyClick(&screen, Qt::Key_Return);
     CMainMenuDialog* panel = screen.GetMainMenu();
     // The setting, the texts of the panel opened then, the command (null: the
     // key on the panel) and the results afterwards.
     using Step = std::tuple<bool, const char*, void (*)(), Qt::Key, size_t>;
     for (const auto& [setting, texts, command, key, results] :
          {Step{false, "Store result|Menu", nullptr, Qt::Key_F1, 1},
-          Step{true, "● Record|Menu", nullptr, Qt::Key_Return, 1},        // takes nothing yet
-          Step{true, "■ Stop|Menu – recording", OnAutoSaveTimer, {}, 2},  // a tick records
+          Step{true, "● Record|Menu · 00:10", nullptr, Qt::Key_Return, 1},  // takes nothing yet
+          Step{true, "■ Stop|Recording · 00:10", OnAutoSaveTimer, {}, 2},   // a tick records
           Step{false, "Store result|Menu", OnAutoSaveTimer, {}, 3},  // records once more, stops
           Step{false, "Store result|Menu", OnStoreResultCommand, {}, 4},
-          Step{true, "■ Stop|Menu – recording", OnStoreResultCommand, {}, 4},  // flag left set
-          Step{true, "● Record|Menu", nullptr, Qt::Key_F1, 4},
-          Step{true, "■ Stop|Menu – recording", nullptr, Qt::Key_F1, 4}}) {
+          Step{true, "■ Stop|Recording · 00:10", OnStoreResultCommand, {}, 4},  // flag left
+                                                                                // set
+          Step{true, "● Record|Menu · 00:10", nullptr, Qt::Key_F1, 4},
+          Step{true, "■ Stop|Recording · 00:10", nullptr, Qt::Key_F1, 4}}) {
         config.SetValue<bool>(autosave::AutoSaveValue, setting);
         panel->Open();
         EXPECT_EQ(Texts(panel).remove("|Parameters||Quit"), QString(texts));
@@ -122,23 +124,23 @@ TEST_F(MainMenu, ParametersShowTheStoredValuesAndWriteTheChangedOnesOnOkOnly) {
     const wchar_t* const values[] = {autosave::AutoSaveValue, autosave::AutoSaveIndexValue,
                                      UIDistanceUnitValue, L"DefaultLanguageDLL"};
     auto stored = [&](int i) { return QString::fromStdWString(config.GetString(values[i], L"-")); };
-    // The settings before ('-' absent), the fields shown, the steps (keys by
-    // name, "tap<id>" a touch), the settings afterwards and the box's text.
-    using Row = std::tuple<const char*, QString, const char*, QString, const char*>;
-    for (const auto& [before, fields, steps, after, message] :
-         {Row{"-|-|-|english.rcc", "Off|00:10|kilometres (km)|English",
-              "Right Down Right tap1351 Down Left Down Right Return", "1|2|4|german.rcc",
+    // The settings before ('-' absent), the steps (keys by name, "tap<id>" a
+    // touch), the fields shown then, the last key, the settings afterwards and
+    // the box's text.
+    using Row = std::tuple<const char*, const char*, QString, const char*, QString, const char*>;
+    for (const auto& [before, steps, fields, last, after, message] :
+         {Row{"-|-|-|english.rcc", "Right Down Right tap1351 Down Left tap1333 Right",
+              "On|00:30|miles (mi)|Deutsch", "Return", "1|2|4|german.rcc",
               "The new language is used from the next start."},
-          Row{"1|3|2|German.rcc", "On|01:00|feet (ft)|Deutsch", "Right Down Right Esc",
-              "1|3|2|German.rcc", ""},
-          Row{"-|9|3|thai.rcc", "Off|00:10|kilofeet (kf)|thai.rcc", "Up Up Left Up Left Return",
-              "-|5|2|thai.rcc", ""}}) {
+          Row{"1|9|2|thai.rcc", "Up Left Up Left Up Left tap1320 Right",
+              "Off|05:00|metres (m)|Deutsch", "Esc", "1|9|2|thai.rcc", ""},
+          Row{"-|3|0|german.rcc", "Down Left", "Off|00:30|kilometres (km)|Deutsch", "Return",
+              "-|2|0|german.rcc", ""}}) {
         platform::LoadHiveFromText("[HKEY_LOCAL_MACHINE\\Software\\Tavix]\n");
         for (int i = 0; i < 4; ++i)
             if (QString text = QString(before).section('|', i, i); text != "-")
                 config.SetValue(values[i], text.toStdWString());
         toolkittest::WhenShown<CPowerMeterParamDialog>("the parameters", [&](auto* shown) {
-            EXPECT_EQ(Join(4, [&](int i) { return shown->GetDlgItemText(1330 + i); }), fields);
             if (*message)
                 toolkittest::WhenShown<CMessage>("the next-start box", [&](CMessage* shownBox) {
                     EXPECT_EQ(QString::fromStdWString(shownBox->Text()), message);
@@ -148,11 +150,13 @@ TEST_F(MainMenu, ParametersShowTheStoredValuesAndWriteTheChangedOnesOnOkOnly) {
                 step.startsWith("tap")
                     ? QTest::mouseClick(shown->GetDlgItem(step.mid(3).toInt()), Qt::LeftButton)
                     : QTest::keyClick(shown, QKeySequence(step)[0].key());
+            EXPECT_EQ(Join(4, [&](int i) { return shown->GetDlgItemText(1330 + i); }), fields);
+            QTest::keyClick(shown, QKeySequence(last)[0].key());
         });
         CPowerMeterParamDialog().DoModal();
         EXPECT_EQ(Join(4, stored), after);
     }
-    EXPECT_EQ(lenUnit.GetUnit(), 2);
+    EXPECT_EQ(lenUnit.GetUnit(), 4);
 }
 
 }  // namespace
