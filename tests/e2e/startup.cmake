@@ -12,4 +12,5 @@ add_dependencies(StartupTest PowerMeterApp simulator language-packs)
 # The program in a real X session, driven by key presses.
 add_test(NAME DesktopRunTest
   COMMAND ${CMAKE_CURRENT_LIST_DIR}/desktop_run.py ${PROJECT_SOURCE_DIR}/scripts/make-image.sh ${CMAKE_BINARY_DIR})
-set_tests_properties(DesktopRunTest PROPERTIES LABELS "e2e;ui" TIMEOUT 300)
+set_tests_properties(DesktopRunTest PROPERTIES LABELS "e2e;ui" TIMEOUT 300 ENVIRONMENT
+  "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp")
