@@ -70,7 +70,7 @@ protected:
 TEST_F(MainMenu, PanelAndParametersInEitherLanguage) {
     for (const auto& [language, texts] :
          {std::pair{"english", "Store result|Parameters||Quit|Menu|Enter ▸ Menu"},
-          std::pair{"german", "Ergebnis speichern|Parameter||Beenden|Menü|Enter ▸ Menü"}}) {
+          std::pair{"german", "Speichern|Parameter||Beenden|Menü|Enter ▸ Menü"}}) {
         ScopedLanguagePack shown{language};
         CPMDialog screen(394);
         CPowerMeterParamDialog parameters(&screen);
