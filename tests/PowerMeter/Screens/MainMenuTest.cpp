@@ -1,33 +1,16 @@
 // The main menu panel over a measuring screen, the parameter dialog and timed
-// recording, on the simulated instrument: an image assembled once per process
-// gives the hive, the module and the meter's driver.
+// recording, on the simulated instrument.
 
 #include "Common/Settings/CommonConfig.h"
-#include "Common/Settings/Logging.h"
-#include "Common/Toolkit/IUserNotifier.h"
 #include "Common/Toolkit/Message.h"
-#include "Common/Toolkit/TextMenuKey.h"
-#include "Common/ToolkitTestSupport.h"
-#include "Platform/ModulePath.h"
-#include "Platform/Registry.h"
-#include "PowerMeter/Devices/ModuleDll.h"
-#include "PowerMeter/Devices/PowerMeterDeviceManager.h"
-#include "PowerMeter/PowerMeter.h"
 #include "PowerMeter/Results/AutoSave.h"
 #include "PowerMeter/Results/OPMDocument.h"
 #include "PowerMeter/Screens/MainMenuDialog.h"
 #include "PowerMeter/Screens/PMDialog.h"
 #include "PowerMeter/Screens/PowerMeterParamDialog.h"
-#include "Support/LogFile.h"
-#include "e2e/ProbeImage.h"
-#include "support/Screenshot.h"
+#include "ScreenTestSupport.h"
 
 namespace {
-
-const std::string& Image() {
-    static const e2e::ProbeImage image;
-    return image.dir;
-}
 
 QString Join(int count, auto text) {
     QStringList texts;
@@ -43,28 +26,13 @@ QString Texts(CMainMenuDialog* panel) {
     });
 }
 
-class MainMenu : public testing::Test, public IUserNotifier {
+class MainMenu : public screentest::Instrument {
 protected:
-    void SetUp() override {
-        platform::OverrideModuleFileName(std::wstring(Image().begin(), Image().end()) +
-                                         L"PowerMeter");
-        platform::LoadHiveFromText(ScratchDirectory::Read(Image() + "registry.reg"));
-        SetLogFile(&log), SetLenUnit(&lenUnit), SetAppConfig(&config), SetOPMDocument(&document);
-        SetPowerMeterDeviceManager(manager.Init() ? &manager : nullptr);
-    }
-    void TearDown() override {
-        ResetAutoSave(), SetPowerMeterDeviceManager(nullptr), SetOPMDocument(nullptr);
-        SetAppConfig(nullptr), SetLenUnit(nullptr), SetLogFile(nullptr);
-        delete std::exchange(ModuleDll, nullptr);  // loaded with this test's log and units
-    }
-    void ShowMessage(const std::wstring& text) override { ADD_FAILURE() << text; }
+    void SetUp() override { Instrument::SetUp(), SetOPMDocument(&document), StartDevices(); }
+    void TearDown() override { ResetAutoSave(), SetOPMDocument(nullptr), Instrument::TearDown(); }
 
     ScopedLanguagePack pack{"english"};
-    TLogFile log{(Image() + "PowerMeter.log").c_str(), 1, 0};
-    TLenUnit lenUnit;
-    CAppConfig config{L"Software\\Tavix", 0};
     COPMDocument document;
-    CPowerMeterDeviceManager manager{config, *this};
 };
 
 TEST_F(MainMenu, PanelAndParametersInEitherLanguage) {
@@ -149,9 +117,9 @@ TEST_F(MainMenu, ParametersShowTheStoredValuesAndWriteTheChangedOnesOnOkOnly) {
             for (const QString& step : QString(steps).split(' '))
                 step.startsWith("tap")
                     ? QTest::mouseClick(shown->GetDlgItem(step.mid(3).toInt()), Qt::LeftButton)
-                    : QTest::keyClick(shown, QKeySequence(step)[0].key());
+                    : QTest::keyClick(shown, screentest::Key(step));
             EXPECT_EQ(Join(4, [&](int i) { return shown->GetDlgItemText(1330 + i); }), fields);
-            QTest::keyClick(shown, QKeySequence(last)[0].key());
+            QTest::keyClick(shown, screentest::Key(last));
         });
         CPowerMeterParamDialog().DoModal();
         EXPECT_EQ(Join(4, stored), after);

@@ -5,26 +5,13 @@
 
 #include <QLabel>
 
-#include "Common/Settings/AppConfig.h"
-#include "Common/Settings/Logging.h"
 #include "Common/Toolkit/ChangeValueDialog.h"
-#include "Common/Toolkit/IUserNotifier.h"
 #include "Common/Toolkit/MessageBoxEx.h"
 #include "Common/Toolkit/SubmenuDialog.h"
-#include "Common/Toolkit/TextMenuKey.h"
-#include "Common/ToolkitTestSupport.h"
-#include "Platform/ModulePath.h"
-#include "Platform/Registry.h"
 #include "Platform/StreamDeviceFaults.h"
-#include "PowerMeter/Devices/ModuleDll.h"
-#include "PowerMeter/Devices/PowerMeterDeviceManager.h"
-#include "PowerMeter/PowerMeter.h"
 #include "PowerMeter/Screens/OPMDialog.h"
+#include "ScreenTestSupport.h"
 #include "Simulator/SimulatorTestSupport.h"
-#include "Support/LenUnit.h"
-#include "Support/LogFile.h"
-#include "e2e/ProbeImage.h"
-#include "support/Screenshot.h"
 
 namespace {
 
@@ -37,31 +24,19 @@ std::string Ini(const std::string& dBm) {
 const std::string kBench = std::string(simtest::TempBench::kFast) + "[noise]\nadcCounts = 0\nrelative = 0\n[input]\ndBm = 10\n[laser1]\nid = 1\n[laser2]\nid = 2\n[module]\nmodelTag = X7\n";
 // clang-format on
 
-struct Screen : testing::Test, IUserNotifier {
-    static inline std::unique_ptr<e2e::ProbeImage> image;
-    static void SetUpTestSuite() { image = std::make_unique<e2e::ProbeImage>(); }
+struct Screen : screentest::Instrument {
     // A fresh instrument (registry, bench, calibration file) and the screen on it.
     void Open(const std::string& benchKeys, bool withLightSource) {
-        TearDown();
-        platform::OverrideModuleFileName(std::wstring(dir.begin(), dir.end()) + L"PowerMeter");
-        platform::LoadHiveFromText(image->ReadText("registry.reg"));
+        TearDown(), SetUp();
         platform::DeactivateStreamDevices();
         bench.Write(kBench + benchKeys), ScratchDirectory::Write(ini, Ini("-30"));
-        SetLogFile(&log), SetLenUnit(&lenUnit), SetAppConfig(&config);
-        manager = std::make_unique<CPowerMeterDeviceManager>(config, *this);
-        ASSERT_TRUE(manager->Init());
-        SetPowerMeterDeviceManager(manager.get());
+        StartDevices();
         CLightSource* lightSource = withLightSource ? manager->GetLightSource() : nullptr;
         screen = std::make_unique<COPMDialog>(manager->GetPowerMeter(), lightSource);
         ASSERT_TRUE(screen->Create());
         screen->show(), screen->activateWindow(), boxes.clear();
     }
-    void TearDown() override {
-        screen.reset(), manager.reset();
-        SetPowerMeterDeviceManager(nullptr), SetLogFile(nullptr);
-        delete std::exchange(ModuleDll, nullptr);
-    }
-    void ShowMessage(const std::wstring&) override {}
+    void TearDown() override { screen.reset(), Instrument::TearDown(); }
 
     // "read <dBm>", "keys <keys>", "menu <keys>/<keys in the submenu>", "edit <typed, then
     // Return in the next value editor>", "rm" (the calibration file), "close" (as the window
@@ -79,10 +54,10 @@ struct Screen : testing::Test, IUserNotifier {
                     for (size_t i = 0; i < c->GetKeysCount(); ++i)
                         captions << c->GetKey(i)->Caption();
                     for (const QString& key : arg.section('/', 1).split(' '))
-                        QTest::keyClick(c, Key(key));
+                        QTest::keyClick(c, screentest::Key(key));
                 });
             for (const QString& key : arg.section('/', 0, 0).split(' '))
-                QTest::keyClick(screen.get(), Key(key));
+                QTest::keyClick(screen.get(), screentest::Key(key));
         } else if (verb == "edit") {
             toolkittest::WhenShown<CChangeValueDialog>("an editor", [this, arg](auto* e) {
                 editor = e->windowTitle() + "|" + QString::number(e->Digits().Value());
@@ -103,7 +78,6 @@ struct Screen : testing::Test, IUserNotifier {
             if (what == "boxes") boxes.clear();
         }
     }
-    static Qt::Key Key(const QString& name) { return QKeySequence(name)[0].key(); }
     // A control's text ("1020"), whether it shows ("1020?"), the last submenu's captions ("menu"),
     // the boxes shown, the editor's title and start, the laser and mode on the bench, the enabled
     // soft keys, the meter measuring or subscribed ("live"), or a key of the calibration file.
@@ -128,11 +102,7 @@ struct Screen : testing::Test, IUserNotifier {
     }
 
     simtest::TempBench bench;
-    const std::string dir = image->dir, ini = dir + "etc_gui/opm.ini";
-    TLogFile log{(bench.directory + "/PowerMeter.log").c_str(), 1, 0};
-    TLenUnit lenUnit;
-    CAppConfig config{L"Software\\Tavix", 0};
-    std::unique_ptr<CPowerMeterDeviceManager> manager;
+    const std::string ini = screentest::Image() + "etc_gui/opm.ini";
     std::unique_ptr<COPMDialog> screen;
     QStringList captions, boxes;  // boxes: "title: text" of each, closed as it opened
     QString editor;
