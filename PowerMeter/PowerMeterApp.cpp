@@ -21,7 +21,6 @@ namespace {
 constexpr const wchar_t* kSettingsKey = L"Software\\Tavix";
 constexpr int kFlushAfterEveryWrite = 1;
 constexpr const char* kLogFileName = "PowerMeter.log";
-constexpr const wchar_t* kLanguageValue = L"DefaultLanguageDLL";
 // Exit codes posted by start-up.
 constexpr int kQuitNoBoard = 1;
 constexpr int kQuitNothingToMeasure = 2;
@@ -83,7 +82,7 @@ void CPowerMeterApp::InitInstance() {
 }
 
 void CPowerMeterApp::LoadResourceLibrary() {
-    const std::wstring name = appConfig.GetString(kLanguageValue, L"");
+    const std::wstring name = appConfig.GetString(DefaultLanguageValue, L"");
     LogMessage("Loading main resource dll...", name);
     HMODULE dllHandle = LoadLibraryW(name.c_str());
     LogMessage(dllHandle ? "Loading main resource dll sucessfull" : "Loading main resource dll failure");

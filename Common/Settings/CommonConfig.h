@@ -5,6 +5,8 @@
 #include "Common/Settings/AppConfig.h"
 #include "Support/LenUnit.h"
 
+// Registry value naming the language pack, loaded at start-up.
+inline constexpr const wchar_t* DefaultLanguageValue = L"DefaultLanguageDLL";
 // Registry value of the user's distance unit (0 km .. 4 mi).
 inline constexpr const wchar_t* UIDistanceUnitValue = L"UIDistanceUnit";
 

@@ -12,7 +12,7 @@
 
 namespace {
 void TraceShown(UINT templateId, int controlId, const QString& before, const QString& text) {
-    if (!platform::Tracing() || before == text) return;
+    if (before == text) return;
     platform::Trace(
         QStringLiteral("shown %1/%2: %3").arg(templateId).arg(controlId).arg(text).toStdWString());
 }
@@ -49,7 +49,9 @@ QWidget* CDialog::GetDlgItem(int controlId) const {
 
 void CDialog::SetDlgItemText(int controlId, const QString& text) {
     QWidget* control = GetDlgItem(controlId);
-    if (control != nullptr) TraceShown(templateId, controlId, GetDlgItemText(controlId), text);
+    // The old text is read only for the trace, never on the measuring path.
+    if (control != nullptr && platform::Tracing())
+        TraceShown(templateId, controlId, GetDlgItemText(controlId), text);
     if (auto* label = qobject_cast<QLabel*>(control))
         label->setText(text);
     else if (auto* edit = qobject_cast<QLineEdit*>(control))

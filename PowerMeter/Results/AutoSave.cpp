@@ -15,17 +15,13 @@ std::unique_ptr<QTimer> autoSaveTimer;
 int autoSaveTimerId = 0;
 bool autoSaveRunning = false;
 
-bool AutoSaveSetting() {
-    return AppConfig().GetValue<bool>(autosave::AutoSaveValue).value_or(false);
-}
-
 void KillAutoSaveTimer() {
     if (autoSaveTimer && autoSaveTimer->timerId() == autoSaveTimerId) autoSaveTimer->stop();
 }
 }  // namespace
 
 void OnStoreResultCommand() {
-    const bool autoSave = AutoSaveSetting();
+    const bool autoSave = IsAutoSaveOn();
     if (autoSave && !autoSaveRunning) {
         autoSaveRunning = true;
         if (!autoSaveTimer) {
@@ -43,11 +39,15 @@ void OnStoreResultCommand() {
 }
 
 void OnAutoSaveTimer() {
-    if (!AutoSaveSetting()) KillAutoSaveTimer();
+    if (!IsAutoSaveOn()) KillAutoSaveTimer();
     // Left set even when the timer was just stopped: with the setting on
     // again, the first store command only clears it and the second starts.
     autoSaveRunning = true;
     OPMDocument().AddCurrentResult();
+}
+
+bool IsAutoSaveOn() {
+    return AppConfig().GetValue<bool>(autosave::AutoSaveValue).value_or(false);
 }
 
 bool IsAutoSaveRunning() {

@@ -29,6 +29,8 @@ void OnStoreResultCommand();
 // The timer's callback (also called by tests in place of the timer).
 void OnAutoSaveTimer();
 bool IsAutoSaveRunning();
+// The "PowerMeter_AutoSave" setting; off when absent.
+bool IsAutoSaveOn();
 // Milliseconds of the stored interval index.
 unsigned GetAutoSaveInterval();
 // Stops a running timer and forgets the state: for the end of the run and

@@ -81,11 +81,11 @@ void CMainMenuDialog::OnSetTexts() {
 void CMainMenuDialog::OnStatusHook(UINT /*timerId*/) {
     // A meter lost or a tick that found the setting off changes the keys
     // while the panel is up.
-    if (storeKey != nullptr) UpdateKeys();
+    if (storeKey != nullptr && isVisible()) UpdateKeys();
 }
 
 void CMainMenuDialog::UpdateKeys() {
-    const bool autoSave = AppConfig().GetValue<bool>(autosave::AutoSaveValue).value_or(false);
+    const bool autoSave = IsAutoSaveOn();
     const bool running = IsAutoSaveRunning();
     UINT caption = kStoreResultString;
     if (autoSave) caption = running ? kStopRecordingString : kStartRecordingString;

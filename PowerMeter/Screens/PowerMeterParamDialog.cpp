@@ -16,8 +16,6 @@
 #include "Support/LenUnit.h"
 
 namespace {
-constexpr const wchar_t* LanguageValue = L"DefaultLanguageDLL";
-
 // Each pack is named in its own language, so a user who cannot read the
 // current one still finds theirs.
 struct LanguagePack {
@@ -92,7 +90,7 @@ void CPowerMeterParamDialog::ReadValues() {
 
     Choice& autoSave = choices[kAutoSaveField];
     autoSave.labels = {ResourceString(kOffString), ResourceString(kOnString)};
-    autoSave.value = config.GetValue<bool>(autosave::AutoSaveValue).value_or(false) ? 1 : 0;
+    autoSave.value = IsAutoSaveOn() ? 1 : 0;
 
     Choice& interval = choices[kIntervalField];
     interval.labels.clear();
@@ -117,7 +115,7 @@ void CPowerMeterParamDialog::ReadValues() {
         language.labels.push_back(QString::fromLatin1(pack.name));
         languageFiles.emplace_back(pack.file);
     }
-    const std::wstring stored = config.GetString(LanguageValue, L"");
+    const std::wstring stored = config.GetString(DefaultLanguageValue, L"");
     const auto known =
         std::find_if(languageFiles.begin(), languageFiles.end(),
                      [&](const std::wstring& file) { return SameFile(file, stored); });
@@ -146,7 +144,7 @@ void CPowerMeterParamDialog::WriteChanged() {
     }
     if (choices[kLanguageField].Changed()) {
         const size_t pack = static_cast<size_t>(choices[kLanguageField].value);
-        config.SetValue<std::wstring>(LanguageValue, languageFiles[pack]);
+        config.SetValue<std::wstring>(DefaultLanguageValue, languageFiles[pack]);
     }
 }
 

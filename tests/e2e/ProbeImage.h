@@ -39,10 +39,12 @@ inline bool Finish(QProcess& process, int limitMs, const std::string& what, std:
     return false;
 }
 
-// opm-probe, read line by line: the '#' lines gather in the header.
+// A program of the image (opm-probe by default), read line by line: the '#'
+// lines gather in the header.
 class Probe {
 public:
-    explicit Probe(std::unique_ptr<QProcess> process) : process(std::move(process)) {}
+    Probe(std::unique_ptr<QProcess> process, std::string name)
+        : process(std::move(process)), name(std::move(name)) {}
     ~Probe() { Stop(); }
 
     // The next reading; nothing when the probe ended or printed no reading for
@@ -68,7 +70,7 @@ public:
     // code, or -1 with the reason in `errors`.
     int Stop(bool interrupt = true) {
         if (interrupt) process->terminate();
-        if (!Finish(*process, interrupt ? kLineLimitMs : kRunLimitMs, "opm-probe", errors))
+        if (!Finish(*process, interrupt ? kLineLimitMs : kRunLimitMs, name, errors))
             return -1;
         errors += process->readAllStandardError().toStdString();
         return process->exitStatus() == QProcess::NormalExit ? process->exitCode() : -1;
@@ -88,6 +90,7 @@ private:
     }
 
     std::unique_ptr<QProcess> process;
+    std::string name;
 };
 
 class ProbeImage {
@@ -110,8 +113,9 @@ public:
         std::ofstream(dir + "bench.ini.new") << "[adc]\nconversionUs = 0\n" << text;
         std::filesystem::rename(dir + "bench.ini.new", dir + "bench.ini");
     }
-    // opm-probe started from the image with `arguments`.
-    std::unique_ptr<Probe> Start(const QStringList& arguments) const {
+    // `program` started from the image with `arguments`.
+    std::unique_ptr<Probe> Start(const QStringList& arguments,
+                                 const std::string& program = "opm-probe") const {
         auto process = std::make_unique<QProcess>();
         // The image's own bench and hive, whatever the caller's environment says.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -121,8 +125,8 @@ public:
         // Run from elsewhere: the probe must find the image through its own path.
         process->setWorkingDirectory(
             QString::fromStdString(std::filesystem::temp_directory_path()));
-        process->start(QString::fromStdString(dir) + "opm-probe", arguments);
-        return std::make_unique<Probe>(std::move(process));
+        process->start(QString::fromStdString(dir + program), arguments);
+        return std::make_unique<Probe>(std::move(process), program);
     }
     std::string ReadText(const std::string& relativePath) const {
         return ScratchDirectory::Read(dir + relativePath);

@@ -4,7 +4,6 @@
 // through the screen's close path with exit code 0.
 
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include <QDeadlineTimer>
 #include <QThread>
@@ -40,24 +39,18 @@ const Row kRows[] = {
 
 class Application : public testing::TestWithParam<Row> {
 protected:
-    // Started from elsewhere: the log must still go beside the executable.
-    void Start() {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.remove("TAVIX_BENCH"), environment.remove("TAVIX_REGISTRY");
-        environment.insert("QT_QPA_PLATFORM", "offscreen");
-        process.setProcessEnvironment(environment);
-        process.setWorkingDirectory(QString::fromStdString(std::filesystem::temp_directory_path()));
-        process.start(QString::fromStdString(image.dir) + "PowerMeter", {});
-    }
-    // Exit code, or -1 with the reason in `errors`.
-    int Finish() {
-        if (!e2e::Finish(process, e2e::kRunLimitMs, "PowerMeter", errors)) return -1;
-        errors += process.readAllStandardError().toStdString();
-        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    // The image helper runs it from elsewhere: the log must still go beside
+    // the executable.
+    void Start() { program = image.Start({}, "PowerMeter"); }
+    // Exit code, or -1 with the reason in `errors`; `stop` sends SIGTERM first.
+    int Finish(bool stop = false) {
+        const int code = program->Stop(stop);
+        errors = program->errors;
+        return code;
     }
 
     e2e::ProbeImage image;
-    QProcess process;
+    std::unique_ptr<e2e::Probe> program;
     std::string errors;
 };
 
@@ -97,8 +90,7 @@ TEST_F(Application, StopRequestEndsThroughTheClosePath) {
         QThread::msleep(20);
     ASSERT_FALSE(deadline.hasExpired()) << "the meter was not brought up within 20 s";
     QThread::msleep(500);  // into the screen's run; an earlier request ends it the same way
-    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
-    EXPECT_EQ(Finish(), 0) << errors;
+    EXPECT_EQ(Finish(true), 0) << errors;
     // Saved on close: the value the file lacked is written back.
     EXPECT_NE(image.ReadText("etc_gui/opm.ini").find("WaveLengthShift=0"), std::string::npos);
 }
