@@ -63,6 +63,13 @@ void COPMDocument::AddResult(const OPMResult& result) {
     results.push_back(result);
 }
 
+void COPMDocument::SetDescription(size_t index, const std::wstring& description) {
+    OPM_ASSERT_AT(index < results.size(), "OPMDocument", 115);
+    if (results[index].description == description) return;
+    results[index].description = description;
+    saved = false;
+}
+
 const OPMResult& COPMDocument::GetResult(size_t index) const {
     OPM_ASSERT_AT(index < results.size(), "OPMDocument", 110);
     return results[index];

@@ -53,6 +53,9 @@ public:
     // Appends a copy; no notification, `saved` untouched (loading).
     void AddResult(const OPMResult& result);
     void Clear() { results.clear(); }
+    // A description typed in the results list; the document changes, so the
+    // next save carries it. No notification: the list made the change.
+    void SetDescription(size_t index, const std::wstring& description);
 
     size_t GetResultsCount() const { return results.size(); }
     const OPMResult& GetResult(size_t index) const;
