@@ -57,6 +57,10 @@ COPMDocument& OPMDocument() {
     return *installedDocument;
 }
 
+COPMDocument* InstalledOPMDocument() {
+    return installedDocument;
+}
+
 void SetOPMDocument(COPMDocument* document) {
     installedDocument = document;
 }

@@ -31,6 +31,8 @@ CPowerMeterDeviceManager* InstalledDeviceManager();
 void SetPowerMeterDeviceManager(CPowerMeterDeviceManager* manager);
 // The application's one measurement document.
 COPMDocument& OPMDocument();
+// The installed document, or null (screens tested without one).
+COPMDocument* InstalledOPMDocument();
 void SetOPMDocument(COPMDocument* document);
 
 // Directory of the executable, separator included: the module file name cut

@@ -56,6 +56,7 @@ TEST_F(MainMenu, PanelAndParametersInEitherLanguage) {
 TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecordingAndQuitEndsTheScreen) {
     CPMDialog screen(394);
     screen.Create(), screen.show(), QTest::keyClick(&screen, Qt::Key_Return);
+    EXPECT_EQ(screen.GetDlgItemText(IDC_RESULTS_STATUS), "No results stored");
     CMainMenuDialog* panel = screen.GetMainMenu();
     // The setting, the texts of the panel opened then, the command (null: the
     // key on the panel) and the results afterwards.
@@ -76,6 +77,9 @@ TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecordingAndQuitEndsTheSc
         command ? command() : QTest::keyClick(panel, key);
         EXPECT_EQ(panel->isVisible(), command != nullptr);  // the key hides the panel first
         EXPECT_EQ(document.GetResultsCount(), results);
+        // The screen's results line follows every result added.
+        EXPECT_EQ(screen.GetDlgItemText(IDC_RESULTS_STATUS),
+                  results == 1 ? "1 result" : QString("%1 results").arg(results));
     }
     QTest::keyClick(panel, Qt::Key_Escape);
     EXPECT_FALSE(panel->isVisible());
