@@ -67,7 +67,8 @@ float Number(std::string_view text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size()) return 0.0f;
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    if (std::fabs(value) > std::numeric_limits<float>::max()) return value > 0 ? kInfinity : -kInfinity;
+    if (std::fabs(value) > std::numeric_limits<float>::max())
+        return value > 0 ? kInfinity : -kInfinity;
     return static_cast<float>(value);
 }
 
@@ -160,28 +161,28 @@ private:
 
     Layer Child(Role parent) {
         switch (parent) {
-        case Root:
-            if (keyBuffer == kResults && !scan.hasResults) {
-                scan.hasResults = true;
-                return {Leaf, Results, &scratch};
-            }
-            return {Leaf, Other, &scratch};
-        case Results:
-            Deliver();
-            element = RawResult{};
-            seen = {};
-            pending = true;
-            ++scan.count;
-            return {Leaf, Element, &scratch};
-        case Element:
-            for (std::size_t i = 0; i < kKeys.size(); ++i) {
-                if (keyBuffer != kKeys[i] || seen[i]) continue;
-                seen[i] = true;
-                return {Leaf, Member, &Field(i)};
-            }
-            return {Leaf, Other, &scratch};
-        default:
-            return {Leaf, Other, &scratch};
+            case Root:
+                if (keyBuffer == kResults && !scan.hasResults) {
+                    scan.hasResults = true;
+                    return {Leaf, Results, &scratch};
+                }
+                return {Leaf, Other, &scratch};
+            case Results:
+                Deliver();
+                element = RawResult{};
+                seen = {};
+                pending = true;
+                ++scan.count;
+                return {Leaf, Element, &scratch};
+            case Element:
+                for (std::size_t i = 0; i < kKeys.size(); ++i) {
+                    if (keyBuffer != kKeys[i] || seen[i]) continue;
+                    seen[i] = true;
+                    return {Leaf, Member, &Field(i)};
+                }
+                return {Leaf, Other, &scratch};
+            default:
+                return {Leaf, Other, &scratch};
         }
     }
 
@@ -198,20 +199,20 @@ private:
         }
         Layer& top = stack.back();
         switch (top.kind) {
-        case Array:
-            keyBuffer.clear();
-            stack.push_back(Child(top.role));
-            return stack.back();
-        case Key:
-            top.kind = Object;
-            stack.push_back(Child(top.role));
-            return stack.back();
-        case Leaf:
-            stack.pop_back();
-            return NewTree();
-        default:  // an object's member starts with its key, never here
-            stack.push_back({Leaf, Other, &scratch});
-            return stack.back();
+            case Array:
+                keyBuffer.clear();
+                stack.push_back(Child(top.role));
+                return stack.back();
+            case Key:
+                top.kind = Object;
+                stack.push_back(Child(top.role));
+                return stack.back();
+            case Leaf:
+                stack.pop_back();
+                return NewTree();
+            default:  // an object's member starts with its key, never here
+                stack.push_back({Leaf, Other, &scratch});
+                return stack.back();
         }
     }
 
@@ -223,22 +224,24 @@ private:
         }
         Layer& top = stack.back();
         switch (top.kind) {
-        case Leaf:
-            stack.pop_back();
-            return NewValue();
-        case Object:
-            top.kind = Key;
-            keyBuffer.clear();
-            return keyBuffer;
-        default: {
-            std::string& data = *NewTree().data;
-            data.clear();
-            return data;
-        }
+            case Leaf:
+                stack.pop_back();
+                return NewValue();
+            case Object:
+                top.kind = Key;
+                keyBuffer.clear();
+                return keyBuffer;
+            default: {
+                std::string& data = *NewTree().data;
+                data.clear();
+                return data;
+            }
         }
     }
 
-    std::string& CurrentValue() { return stack.back().kind == Key ? keyBuffer : *stack.back().data; }
+    std::string& CurrentValue() {
+        return stack.back().kind == Key ? keyBuffer : *stack.back().data;
+    }
 
     void EndTree() {
         if (stack.back().kind == Leaf) stack.pop_back();
@@ -298,7 +301,8 @@ std::string ReadChecked(const std::string& path) {
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
     std::size_t length = std::fread(text.data(), 1, text.size(), file.get());
     char extra[4096];
-    for (std::size_t n; length == text.size() && (n = std::fread(extra, 1, sizeof extra, file.get())) > 0;) {
+    for (std::size_t n;
+         length == text.size() && (n = std::fread(extra, 1, sizeof extra, file.get())) > 0;) {
         text.append(extra, n);
         length = text.size();
         if (length > kMaxFileSize)
@@ -388,9 +392,8 @@ bool BuildPreview(const std::wstring& path, std::wstring& text) {
             ring[count++ % kRing] = std::move(element);
         });
         if (!scan.hasResults) return false;
-        const std::optional<std::wstring> preview = PreviewOf(count, [&](std::size_t i) {
-            return i == 0 ? first : ring[i % kRing];
-        });
+        const std::optional<std::wstring> preview =
+            PreviewOf(count, [&](std::size_t i) { return i == 0 ? first : ring[i % kRing]; });
         if (!preview) return false;
         text = *preview;
         return true;
