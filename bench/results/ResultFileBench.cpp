@@ -60,7 +60,8 @@ std::string ReadRaw(const std::string& path) {
 }
 
 void BM_Save(benchmark::State& state) {
-    for (auto _ : state) resultfile::Write(FilePath(), Results());
+    const std::vector<OPMResult>& results = Results();
+    for (auto _ : state) resultfile::Write(FilePath(), results);
     state.SetBytesProcessed(state.iterations() * ReadRaw(Written()).size());
 }
 BENCHMARK(BM_Save)->Unit(benchmark::kMillisecond)->UseRealTime();
