@@ -89,14 +89,17 @@ float Number(std::string_view text) {
     return static_cast<float>(value);
 }
 
-std::vector<std::string_view> Split(std::string_view text, char separator) {
-    std::vector<std::string_view> parts;
-    for (std::size_t start = 0;;) {
-        const std::size_t end = text.find(separator, start);
-        parts.push_back(text.substr(start, end - start));
-        if (end == std::string_view::npos) return parts;
-        start = end + 1;
+// The first `count` parts of `text` split at `separator`; false when it has
+// fewer. Every separator splits, so empty parts count.
+template <std::size_t count>
+bool Split(std::string_view text, char separator, std::array<std::string_view, count>& parts) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t end = text.find(separator);
+        parts[i] = text.substr(0, end);
+        if (end == std::string_view::npos) return i + 1 == count;
+        text.remove_prefix(end + 1);
     }
+    return true;
 }
 
 // As the property tree's writer escapes: bytes from 0x80 up stay as they are.
@@ -144,6 +147,41 @@ void AppendEscaped(std::string& out, std::string_view text) {
 
 [[noreturn]] void Fail(const std::string& message, const std::string& path) {
     throw json_parser_error(message, path, 0);
+}
+
+std::wstring Wide(const std::string& text) {
+    for (const char c : text)
+        if (static_cast<unsigned char>(c) >= 0x80) return platform::FromUtf8(text);
+    return std::wstring(text.begin(), text.end());
+}
+
+// Well-formed UTF-8 (no overlong forms, surrogates or code points beyond
+// U+10FFFF), checked in place: a decoder would first build a copy of the
+// whole file.
+bool IsUtf8(std::string_view text) {
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* const end = p + text.size();
+    while (p < end) {
+        if (*p < 0x80) {
+            ++p;
+            continue;
+        }
+        int trailing = 0;
+        unsigned low = 0x80, high = 0xBF;  // allowed range of the first trailing byte
+        if (*p >= 0xC2 && *p <= 0xDF)
+            trailing = 1;
+        else if (*p >= 0xE0 && *p <= 0xEF)
+            trailing = 2, low = *p == 0xE0 ? 0xA0 : 0x80, high = *p == 0xED ? 0x9F : 0xBF;
+        else if (*p >= 0xF0 && *p <= 0xF4)
+            trailing = 3, low = *p == 0xF0 ? 0x90 : 0x80, high = *p == 0xF4 ? 0x8F : 0xBF;
+        else
+            return false;
+        if (end - p <= trailing || p[1] < low || p[1] > high) return false;
+        for (int i = 2; i <= trailing; ++i)
+            if ((p[i] & 0xC0) != 0x80) return false;
+        p += trailing + 1;
+    }
+    return true;
 }
 
 // Brackets outside strings; the parser recurses once per level.
@@ -381,7 +419,7 @@ std::string ReadChecked(const std::string& path) {
     }
     if (std::ferror(file.get())) Fail("read error", path);
     text.resize(length);
-    if (!platform::IsUtf8(text)) Fail("text is not valid UTF-8", path);
+    if (!IsUtf8(text)) Fail("text is not valid UTF-8", path);
     if (Nesting(text) > kMaxNesting)
         Fail("nested deeper than " + std::to_string(kMaxNesting) + " levels, not a result file",
              path);
@@ -398,10 +436,9 @@ Scan Walk(const std::string& text, const std::string& path,
 }
 
 std::optional<OPMResult> ParseResult(const RawResult& raw) {
-    const std::vector<std::string_view> date = Split(raw.date, '-');
-    if (date.size() < 3) return std::nullopt;
-    const std::vector<std::string_view> time = Split(raw.time, ':');
-    if (time.size() < 2) return std::nullopt;
+    std::array<std::string_view, 3> date;
+    std::array<std::string_view, 2> time;
+    if (!Split(raw.date, '-', date) || !Split(raw.time, ':', time)) return std::nullopt;
     OPMResult result;
     result.year = Integer(date[0]);
     result.month = Integer(date[1]);
@@ -411,7 +448,7 @@ std::optional<OPMResult> ParseResult(const RawResult& raw) {
     result.waveLength = Integer(raw.waveLength);
     result.absPower = Number(raw.absPower);
     result.refLevel = Number(raw.refLevel);
-    result.description = platform::FromUtf8(raw.description);
+    result.description = Wide(raw.description);
     return result;
 }
 
