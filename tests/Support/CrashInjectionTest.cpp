@@ -80,21 +80,16 @@ bool WriteHive(std::uint32_t n) {
 
 // Version n is the first result's year; the count and values change with n.
 std::vector<OPMResult> Results(std::uint32_t n) {
-    std::vector<OPMResult> results(n % 300 + 1);
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        results[i].year = i == 0 ? static_cast<int>(n) : 2015;
-        results[i].waveLength = static_cast<int>(1310 + i);
-        results[i].absPower = -0.25f * static_cast<float>((n + i) % 80);
-        results[i].description = std::wstring(n % 20, L'µ');
-    }
+    std::vector<OPMResult> results(n % 300 + 1,
+                                   {.year = 2015, .description = std::wstring(n % 20, L'µ')});
+    for (std::size_t i = 0; i < results.size(); ++i)
+        results[i].waveLength = static_cast<int>(1310 + i),
+        results[i].absPower = -0.25f * ((n + i) % 80);
+    results[0].year = static_cast<int>(n);
     return results;
 }
 
 const std::string ResultsStart = "{\n    \"OLTS\": [\n        {\n            \"Date\": \"";
-
-std::string ExpectedResults(std::uint32_t n) {
-    return resultfile::Serialise(Results(n));
-}
 
 // The version a file holds if it is one complete version, else StartMarker.
 std::uint32_t VersionIn(const std::string& text, const std::string& prefix,
@@ -198,7 +193,10 @@ TEST(CrashInjectionTest, ResultFileIsAlwaysOneCompleteVersion) {
             resultfile::Write(path, Results(n));
             return true;
         },
-        [&] { return VersionIn(ScratchDirectory::Read(path), ResultsStart, ExpectedResults); });
+        [&] {
+            return VersionIn(ScratchDirectory::Read(path), ResultsStart,
+                             [](std::uint32_t n) { return resultfile::Serialise(Results(n)); });
+        });
 }
 
 }  // namespace
