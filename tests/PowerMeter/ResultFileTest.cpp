@@ -146,15 +146,13 @@ TEST_F(ResultFile, LoadAcceptsRefusesAndDefaults) {
 // Files that are not result files: an error the caller can show, the
 // document as it was (name included), and no preview.
 TEST_F(ResultFile, RefusedFilesThrowAndLeaveTheDocumentAlone) {
-    const std::string deep = "{\"OLTS\": [{\"Date\": {\"a\": \"1-2-3\"}}]}";
-    const std::string path = dir.Path("large.txt");
-    ScratchDirectory::Write(path, File({}));
-    std::filesystem::resize_file(path, resultfile::kMaxFileSize + 1);
+    ScratchDirectory::Write(dir.Path("large.txt"), File({}));
+    std::filesystem::resize_file(dir.Path("large.txt"), resultfile::kMaxFileSize + 1);
     using Case = std::tuple<const char*, std::string, const char*>;  // file, content, error
     for (const auto& [name, content, message] : {
              Case{"missing.txt", "", "cannot open file"},
              Case{"large.txt", "", "larger than 64 MB"},
-             Case{"deep.txt", deep, "nested deeper than 3 levels"},
+             Case{"deep.txt", "{\"OLTS\": [{\"Date\": {}}]}", "nested deeper than 3 levels"},
              Case{"latin1.txt", File({Element("1-2-3", "4:5", ", \"Desc\": \"Splei\xdf\"")}),
                   "not valid UTF-8"},
              Case{"broken.txt", "{\"OLTS\": [}", "expected value"},
@@ -217,8 +215,7 @@ TEST_F(ResultFile, Preview) {
 // on loading comes right after a save too; a write that fails.
 TEST_F(ResultFile, SaveAsThroughTheNameEntryThenLoadAsks) {
     document.AddResult(kTwoResults[0]);
-    const std::wstring target = Wide("");
-    const std::wstring directory = target.substr(0, target.size() - 1);
+    const std::wstring directory = platform::FromUtf8(dir.Root().string());
     using Step = std::tuple<const char*, bool, const char*>;  // typed, saved, file
     for (const auto& [typed, saved, file] :
          {Step{nullptr, true, "temp.txt"}, Step{"Nord", true, "Nord.txt"},
