@@ -1,14 +1,26 @@
 #include "PowerMeter/Results/OPMDocument.h"
 
+#include <QApplication>
+#include <QPointer>
+#include <QWidget>
 #include <algorithm>
+#include <boost/property_tree/exceptions.hpp>
+#include <boost/property_tree/string_path.hpp>
 #include <ctime>
 
 #include "Common/Settings/AppConfig.h"
+#include "Common/Toolkit/DialogResults.h"
+#include "Common/Toolkit/QuestionDialog.h"
+#include "Common/Toolkit/VirtualKeyboard.h"
+#include "Common/Utilities/FileNameCheck.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "Platform/DebugOutput.h"
 #include "Platform/FatalError.h"
 #include "Platform/LocalTime.h"
+#include "Platform/WideText.h"
 #include "PowerMeter/Devices/PowerMeterDeviceManager.h"
 #include "PowerMeter/PowerMeter.h"
+#include "PowerMeter/Results/ResultFile.h"
 #include "PowerMeter/Screens/ReferenceDisplay.h"
 
 COPMDocument::~COPMDocument() {
@@ -73,6 +85,54 @@ void COPMDocument::SetDescription(size_t index, const std::wstring& description)
 const OPMResult& COPMDocument::GetResult(size_t index) const {
     OPM_ASSERT_AT(index < results.size(), "OPMDocument", 110);
     return results[index];
+}
+
+bool COPMDocument::SaveAs(const std::wstring& targetDirectory) {
+    constexpr UINT IDS_FILE_NAME = 34977;
+    const std::vector<std::wstring> extensions{L"txt"};
+    const QPointer<QWidget> focus = QApplication::focusWidget();
+    std::wstring name;
+    {
+        CVirtualKeyboard keyboard(ResourceString(IDS_FILE_NAME).toStdWString(), L"temp",
+                                  focus ? focus->window() : QApplication::activeWindow());
+        keyboard.SetNameCheck(CFileNameCheck(targetDirectory, extensions, {L"meas", L"trace"}));
+        const int answer = keyboard.DoModal();
+        if (focus) focus->setFocus();
+        if (answer != IDOK) return false;
+        name = keyboard.GetText();
+    }
+    fileName = name + L"." + extensions.front();
+    directory = targetDirectory;
+    const std::wstring fullPath = targetDirectory + L"/" + fileName;
+    resultfile::Write(platform::ToUtf8(fullPath), results);
+    saved = true;
+    AppConfig().SetValue(LastSavedPathValue, fullPath);
+    return true;
+}
+
+bool COPMDocument::Load(const std::wstring& path) {
+    const std::string narrowPath = platform::ToUtf8(path);
+    std::vector<OPMResult> loaded;
+    const resultfile::Scan scan = resultfile::Walk(
+        resultfile::ReadChecked(narrowPath), narrowPath, [&](resultfile::RawResult&& element) {
+            if (std::optional<OPMResult> result = resultfile::ParseResult(element))
+                loaded.push_back(std::move(*result));
+        });
+    if (!scan.hasResults)
+        throw boost::property_tree::ptree_bad_path("No such node",
+                                                   boost::property_tree::path("OLTS"));
+    // Taken before the checks below: a refused load still names the file.
+    const std::size_t slash = path.rfind(L'/');
+    fileName = slash == std::wstring::npos ? path : path.substr(slash + 1);
+    directory = slash == std::wstring::npos ? std::wstring() : path.substr(0, slash + 1);
+    if (scan.count == 0) return false;
+    if (!results.empty() &&
+        !CQuestionDialog::Ask(L"DO YOU REALLY WANT TO OPEN FILE?UNSAVED DATA WILL BE LOST!",
+                              QApplication::activeWindow()))
+        return false;
+    Clear();
+    for (const OPMResult& result : loaded) AddResult(result);
+    return true;
 }
 
 void COPMDocument::Notify(int changeCode) {

@@ -64,6 +64,17 @@ public:
     const std::wstring& GetDirectory() const { return directory; }
     bool IsSaved() const { return saved; }
 
+    // Asks for a name (virtual keyboard, "temp" offered) and writes the
+    // results to <targetDirectory>/<name>.txt. False when the entry was
+    // cancelled. A write failure throws json_parser_error, after fileName and
+    // directory have been set but before `saved`.
+    bool SaveAs(const std::wstring& targetDirectory);
+    // Replaces the results with the file's after asking, when the document
+    // holds any. False when the file holds no results (the name is still
+    // taken) or the user declined. An unreadable, invalid, hostile or
+    // "OLTS"-less file throws a ptree_error; the results stay as they were.
+    bool Load(const std::wstring& path);
+
 protected:
     void Notify(int changeCode);
 
