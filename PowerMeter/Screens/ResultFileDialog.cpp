@@ -90,8 +90,10 @@ std::vector<CMenuKey*> CResultFileDialog::GetMenuKeys() {
 
 void CResultFileDialog::Refresh() {
     if (!IsCreated()) return;
+    // The list reports its clamped selection while it takes the new results.
+    const int wanted = selected;
     m_ResultList.SetResults(&results, ResourceString(kNotResultsString));
-    m_ResultList.SetSelected(selected);
+    m_ResultList.SetSelected(wanted);
     m_Summary.SetResults(results);
     if (descriptionKey != nullptr) descriptionKey->setEnabled(!results.empty());
     ShowTitle();

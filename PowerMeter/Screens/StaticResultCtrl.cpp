@@ -139,9 +139,9 @@ void CStaticResultCtrl::paintEvent(QPaintEvent* event) {
         const int rowHeight = RowHeight();
         const QRect dirty = event->rect() & area;
         const int top = firstVisible + std::max(0, dirty.top() - area.top()) / rowHeight;
-        const int bottom = std::min(Count() - 1, firstVisible + std::max(0, dirty.bottom() -
-                                                                                area.top()) /
-                                                                   rowHeight);
+        const int bottom =
+            std::min({Count() - 1, firstVisible + RowsFit() - 1,
+                      firstVisible + std::max(0, dirty.bottom() - area.top()) / rowHeight});
         const QColor face = palette().color(QPalette::Button);
         const int lineHeight = (rowHeight - 2 * kRowPadding) / 3;
         painter.setClipRect(area);
