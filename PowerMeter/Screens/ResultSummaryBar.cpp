@@ -15,7 +15,8 @@ constexpr const char* kMaxFormat = "Max: %.3f";
 constexpr const char* kSpreadFormat = "Avr: %.3f";
 constexpr int kColumns = 3;
 constexpr int kTextLeft = 2;
-constexpr int kTextHeight = 22;
+constexpr int kTextHeight = 20;
+constexpr int kSmallestTextHeight = 14;
 }  // namespace
 
 CResultSummaryBar::CResultSummaryBar() {
@@ -71,7 +72,6 @@ void CResultSummaryBar::SetResults(const std::vector<OPMResult>& results) {
 
 void CResultSummaryBar::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    painter.setFont(font);
     const int columnWidth = width() / kColumns;
     const QColor face = palette().color(QPalette::Button);
     for (int column = 0; column < kColumns; ++column) {
@@ -80,7 +80,13 @@ void CResultSummaryBar::paintEvent(QPaintEvent* /*event*/) {
         painter.setBrush(face);
         painter.drawRect(QRectF(box).adjusted(1, 1, -1, -1));
         painter.setPen(CToolkitStyle::Text());
-        painter.drawText(box.adjusted(kTextLeft, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
-                         texts[static_cast<size_t>(column)]);
+        // A long value takes a smaller size rather than run into the next column.
+        const QString& text = texts[static_cast<size_t>(column)];
+        QFont fitted = font;
+        while (fitted.pixelSize() > kSmallestTextHeight &&
+               QFontMetrics(fitted).horizontalAdvance(text) > columnWidth - 2 * kTextLeft)
+            fitted.setPixelSize(fitted.pixelSize() - 1);
+        painter.setFont(fitted);
+        painter.drawText(box.adjusted(kTextLeft, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, text);
     }
 }

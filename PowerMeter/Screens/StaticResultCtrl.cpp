@@ -67,13 +67,18 @@ int CStaticResultCtrl::Count() const {
     return results != nullptr ? static_cast<int>(results->size()) : 0;
 }
 
-int CStaticResultCtrl::RowHeight() const {
+int CStaticResultCtrl::MinimumRowHeight() const {
     const int line = std::max(QFontMetrics(textFont).height(), QFontMetrics(valueFont).height());
     return 3 * line + 2 * kRowPadding;
 }
 
 int CStaticResultCtrl::RowsFit() const {
-    return std::max(1, (height() - 2 * kFrame) / RowHeight());
+    return std::max(1, (height() - 2 * kFrame) / MinimumRowHeight());
+}
+
+// The rows that fit share the whole height, so no strip is left empty below.
+int CStaticResultCtrl::RowHeight() const {
+    return std::max(MinimumRowHeight(), (height() - 2 * kFrame) / RowsFit());
 }
 
 int CStaticResultCtrl::RowAt(int y) const {
@@ -150,7 +155,7 @@ void CStaticResultCtrl::paintEvent(QPaintEvent* event) {
                             area.width(), rowHeight);
             const bool isSelected = row == selected;
             painter.fillRect(box, isSelected ? CToolkitStyle::FocusMark() : face);
-            painter.setPen(QPen(QColor(0x50, 0x50, 0x50), 1));
+            painter.setPen(QPen(QColor(0x40, 0x40, 0x40), 2));
             painter.drawLine(box.bottomLeft(), box.bottomRight());
             if (isSelected) {
                 painter.setPen(QPen(CToolkitStyle::Text(), 3));

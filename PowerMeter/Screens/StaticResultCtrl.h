@@ -55,6 +55,7 @@ protected:
 
 private:
     int Count() const;
+    int MinimumRowHeight() const;
     int RowHeight() const;
     int RowAt(int y) const;
     void UpdateScrollBar();
