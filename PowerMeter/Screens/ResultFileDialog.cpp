@@ -102,11 +102,11 @@ void CResultFileDialog::Refresh() {
 // The position in the list beside the title: in a long list the scroll bar
 // alone does not say where one is.
 void CResultFileDialog::ShowTitle() {
-    SetDlgItemText(IDC_TITLE, results.empty() ? title
-                                              : QStringLiteral("%1  %2/%3")
-                                                    .arg(title)
-                                                    .arg(selected + 1)
-                                                    .arg(results.size()));
+    SetDlgItemText(
+        IDC_TITLE,
+        results.empty()
+            ? title
+            : QStringLiteral("%1  %2/%3").arg(title).arg(selected + 1).arg(results.size()));
 }
 
 void CResultFileDialog::EditDescription() {

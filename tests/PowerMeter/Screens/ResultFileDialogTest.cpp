@@ -4,8 +4,8 @@
 #include <QLineEdit>
 
 #include "Common/Toolkit/VirtualKeyboard.h"
-#include "Common/Utilities/LanguageResources.h"
 #include "Common/ToolkitTestSupport.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "PowerMeter/Screens/ResultFileDialog.h"
 #include "support/Screenshot.h"
 
@@ -28,7 +28,8 @@ struct Document : COPMDocument {
 TEST(ResultTexts, RowsAndSummaryShowTheValueAgainstTheReferenceWhenOneWasSet) {
     using Rows = std::vector<OPMResult>;
     for (const auto& [results, summary] :
-         {std::pair{Rows{Result(-10), Result(-12), Result(-14)}, "Min: -14.000|Max: -10.000|Avr: 1.633"},
+         {std::pair{Rows{Result(-10), Result(-12), Result(-14)},
+                    "Min: -14.000|Max: -10.000|Avr: 1.633"},
           std::pair{Rows{Result(-20, -30)}, "Min: 10.000|Max: 10.000|Avr: 0.000"},
           std::pair{Rows{Result(-20, -30), Result(-5, 1)}, "Min: -6.000|Max: 10.000|Avr: 8.000"},
           std::pair{Rows{}, "||"}})
@@ -71,7 +72,8 @@ TEST(ResultList, FollowsTheDocumentAndDrawsOnlyTheRowsInView) {
         EXPECT_EQ(Joined(dialog.GetSummaryBar().ShownTexts()), "||");
         screenshot::Save(QString("results-empty-%1").arg(language), &dialog);
 
-        for (const auto& description : {std::wstring(L"Patch A1"), kUtf8Description, std::wstring()})
+        for (const auto& description :
+             {std::wstring(L"Patch A1"), kUtf8Description, std::wstring()})
             document.AddResult(Result(-10 - 2.0f * static_cast<float>(document.GetResultsCount()),
                                       0, description));
         document.Notify(2);  // not a change the list follows
@@ -79,10 +81,12 @@ TEST(ResultList, FollowsTheDocumentAndDrawsOnlyTheRowsInView) {
         document.Notify(COPMDocument::kResultAdded);
         EXPECT_EQ(state(), "3 2 0 -1 3 3/3");
         EXPECT_EQ(dialog.GetDlgItemText(CResultFileDialog::IDC_RESULT_LIST), "");
-        EXPECT_EQ(Joined(dialog.GetSummaryBar().ShownTexts()), "Min: -14.000|Max: -10.000|Avr: 1.633");
+        EXPECT_EQ(Joined(dialog.GetSummaryBar().ShownTexts()),
+                  "Min: -14.000|Max: -10.000|Avr: 1.633");
         screenshot::Save(QString("results-rows-%1").arg(language), &dialog);
 
-        for (int i = 3; i < 100000; ++i) document.AddResult(Result(-20.0f - static_cast<float>(i % 40)));
+        for (int i = 3; i < 100000; ++i)
+            document.AddResult(Result(-20.0f - static_cast<float>(i % 40)));
         document.Notify(COPMDocument::kResultAdded);
         const int fit = list.RowsFit(), end = 100000 - fit;
         ASSERT_GE(fit, 3);
@@ -98,7 +102,10 @@ TEST(ResultList, FollowsTheDocumentAndDrawsOnlyTheRowsInView) {
             QTest::keyClick(&dialog, key);
         const int selected = 99998 - fit + 1, top = selected - fit + 1;
         EXPECT_EQ(state(), QString("100000 %1 %2 %2 %3 %4/100000")
-                               .arg(selected).arg(top).arg(fit).arg(selected + 1));
+                               .arg(selected)
+                               .arg(top)
+                               .arg(fit)
+                               .arg(selected + 1));
         QTest::mouseClick(&list, Qt::LeftButton, {}, QPoint(40, 8));
         EXPECT_EQ(dialog.GetSelected(), top);
         screenshot::Save(QString("results-long-%1").arg(language), &dialog);
@@ -124,7 +131,8 @@ TEST(ResultList, DescriptionGoesIntoTheDocumentOnOkOnly) {
                    L"first", true, 0}}) {
             const std::wstring before = shown->GetResults()[row].description;
             toolkittest::WhenShown<CVirtualKeyboard>("the description entry", [&](auto* entry) {
-                auto* edit = qobject_cast<QLineEdit*>(GetDlgItem(entry, CVirtualKeyboard::IDC_TEXT));
+                auto* edit =
+                    qobject_cast<QLineEdit*>(GetDlgItem(entry, CVirtualKeyboard::IDC_TEXT));
                 EXPECT_EQ(entry->windowTitle() + "|" + edit->text(),
                           QString::fromStdWString(L"Enter Description|" + before));
                 edit->setText(QString::fromStdWString(text));
