@@ -58,6 +58,9 @@ TEST(ResultList, FollowsTheDocumentAndDrawsOnlyTheRowsInView) {
         dialog.show();
         CStaticResultCtrl& list = dialog.GetResultList();
         CScrollBar& bar = dialog.GetScrollBar();
+        EXPECT_TRUE(dialog.GetDlgItem(CResultFileDialog::IDC_RESULT_LIST) == &list &&
+                    dialog.GetDlgItem(CResultFileDialog::IDC_SUMMARY) == &dialog.GetSummaryBar() &&
+                    dialog.GetDlgItem(101) == &bar);
         auto state = [&] {
             return QString("%1 %2 %3 %4 %5 %6")
                 .arg(dialog.GetResults().size())
@@ -73,11 +76,13 @@ TEST(ResultList, FollowsTheDocumentAndDrawsOnlyTheRowsInView) {
         screenshot::Save(QString("results-empty-%1").arg(language), &dialog);
 
         for (const auto& description :
-             {std::wstring(L"Patch A1"), kUtf8Description, std::wstring()})
+             {std::wstring(L"Patch A1"), kUtf8Description, std::wstring()}) {
             document.AddResult(Result(-10 - 2.0f * static_cast<float>(document.GetResultsCount()),
                                       0, description));
+            if (document.GetResultsCount() == 1) document.Notify(COPMDocument::kResultAdded);
+        }
         document.Notify(2);  // not a change the list follows
-        EXPECT_EQ(state(), QString("0 0 0 -1 0 %1").arg(title));
+        EXPECT_EQ(state(), "1 0 0 -1 1 1/1");
         document.Notify(COPMDocument::kResultAdded);
         EXPECT_EQ(state(), "3 2 0 -1 3 3/3");
         EXPECT_EQ(dialog.GetDlgItemText(CResultFileDialog::IDC_RESULT_LIST), "");
@@ -136,6 +141,7 @@ TEST(ResultList, DescriptionGoesIntoTheDocumentOnOkOnly) {
                 EXPECT_EQ(entry->windowTitle() + "|" + edit->text(),
                           QString::fromStdWString(L"Enter Description|" + before));
                 edit->setText(QString::fromStdWString(text));
+                screenshot::Save(QString("results-description-%1").arg(row), shown, {entry});
                 ok ? QTest::keyClick(edit, Qt::Key_Return) : QTest::keyClick(edit, Qt::Key_Escape);
             });
             open();
