@@ -18,7 +18,7 @@ constexpr const wchar_t* kNoFiles = L"No files";
 constexpr const wchar_t* kErrorTitle = L"Error";
 
 // Fourteen lines (two dates, the count and twelve results) fill the box.
-constexpr int kPreviewFontHeight = 13;
+constexpr int kPreviewFontHeight = 12;
 }  // namespace
 
 COPMFileSystemDialog::COPMFileSystemDialog(QWidget* parent) : CFileSystemBrowser(IDD, parent) {
@@ -71,8 +71,8 @@ void COPMFileSystemDialog::ShowPreview() {
     const QString path = CurrentPath();
     if (!QFileInfo(path).isFile()) return SetDlgItemText(IDC_PREVIEW, QString());
     std::wstring text;
-    SetDlgItemText(IDC_PREVIEW, QString::fromStdWString(MakePreview(path, text) ? text
-                                                                                : kPreviewError));
+    SetDlgItemText(IDC_PREVIEW,
+                   QString::fromStdWString(MakePreview(path, text) ? text : kPreviewError));
 }
 
 bool COPMFileSystemDialog::MakePreview(const QString& path, std::wstring& text) {
