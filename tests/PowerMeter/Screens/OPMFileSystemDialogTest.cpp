@@ -2,8 +2,7 @@
 
 #include <QLabel>
 
-#include "Common/Utilities/LanguageResources.h"
-#include "PowerMeter/Results/ResultFile.h"
+#include "PowerMeter/Results/OPMDocument.h"
 #include "PowerMeter/Screens/OPMFileSystemDialog.h"
 #include "ScreenTestSupport.h"
 
@@ -36,24 +35,25 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
     }
     const QString a = "2015/a.txt=2015-2-15/2015-2-15\nsize 1\n1310 Ref -10.34\n ",
                   en = "Save Open Storage Close ", bad = "bad.txt=Error to load file ",
+                  two = "=2015-2-15/2015-2-15\nsize 2\n1310 Ref -10.34\n1310 Ref -10.34\n ",
                   ask = "DO YOU REALLY WANT TO OPEN FILE?UNSAVED DATA WILL BE LOST! ";
     using Row = std::tuple<const char*, const char*, const char*, QString>;
     for (const auto& [language, lastSaved, steps, notes] :
          {Row{"english", "2015/a.txt", "? /2015/a.txt /2015 /bad.txt ? !F3 F3",
-              en + "built " + a + "built " + bad + "1 0"},
+              en + "built " + a + "built " + bad + "2 0"},
           Row{"german", "bad.txt", "? /2015/a.txt ?",
-              "Speichern Öffnen Speicher Schließen built " + bad + "built " + a + "1 0"},
+              "Speichern Öffnen Speicher Schließen built " + bad + "built " + a + "2 0"},
           Row{"english", "2015/gone.txt", "? /2015/empty !Return F1 ? /bad.txt ? !Return F1 ?",
-              en + "2015= File name built " + QString(a).replace("a.txt", "empty/temp.txt") +
-                  "built " + bad + "File name built " + QString(a).replace("2015/a", "temp") +
-                  "1 0"},
-          Row{"english", "bad.txt", "? !Return F2 /2015 !Return F2 /2015/a.txt ? !Return F2",
+              en + "2015= File name built 2015/empty/temp.txt" + two + "built " + bad +
+                  "File name built temp.txt" + two + "2 0"},
+          Row{"english", "bad.txt",
+              "? !Return F2 /2015 !Return F2 /2015/a.txt ? !Return F2 !Left,Return Return",
               en + "built " + bad + "Error bad.txt(1): expected value ! No files built " + a + ask +
-                  "1 0"},
-          Row{"english", "2015/a.txt", "? !Left,Return Return", en + "built " + a + ask + "1 1"}}) {
+                  ask + "1 1"}}) {
         ScopedLanguagePack shown{language};
         document.Clear(), document.Load(dir.filePath("2015/a.txt").toStdWString());
-        config.SetValue(LastSavedPathValue, dir.filePath(lastSaved).toStdWString());
+        document.AddResult(document.GetResult(0));
+        config.SetValue(L"PowerMeter_LastSavedPath", dir.filePath(lastSaved).toStdWString());
         Probed d;
         d.Create(), d.show();
         for (unsigned slot = 0; slot < 4; ++slot)
@@ -62,8 +62,9 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
             if (step == "?") {
                 EXPECT_TRUE(toolkittest::WaitUntil([&] { return !d.IsTimerRunning(305); }));
                 d.notes << dir.relativeFilePath(d.CurrentPath()) + '=' + d.GetDlgItemText(1502);
-                screenshot::Save(QString("result-files-%1-%2").arg(language).arg(d.notes.size()),
-                                 &d);
+                screenshot::Save(
+                    QString("files-%1-%2").arg(language, QFileInfo(d.CurrentPath()).fileName()),
+                    &d);
             } else if (step[0] == '/') {
                 d.SelectPath(dir.filePath(step.mid(1)));
             } else if (step[0] == '!') {
