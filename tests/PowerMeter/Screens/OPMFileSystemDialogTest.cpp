@@ -8,11 +8,13 @@
 
 namespace {
 
-// Notes each preview it builds, and a preview timer still running then.
+// Notes each preview it builds, with a preview timer still running or an old
+// preview still shown then.
 struct Probed : COPMFileSystemDialog {
     QStringList notes;
     bool MakePreview(const QString& path, std::wstring& text) override {
-        notes << QString(IsTimerRunning(kPreviewTimerId) ? "built(timer on)" : "built");
+        notes << (IsTimerRunning(kPreviewTimerId) ? "built(timer on)" : "built") +
+                     GetDlgItemText(IDC_PREVIEW);
         return COPMFileSystemDialog::MakePreview(path, text);
     }
 };
@@ -55,7 +57,8 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
         document.AddResult(document.GetResult(0));
         config.SetValue(L"PowerMeter_LastSavedPath", dir.filePath(lastSaved).toStdWString());
         Probed d;
-        d.Create(), d.show();
+        // Only the preview timer may build a preview.
+        d.Create(), d.show(), d.KillTimer(kStatusTimerId);
         for (unsigned slot = 0; slot < 4; ++slot)
             d.notes << static_cast<CTextMenuKey*>(d.GetMenuCtrl().GetCurrentKey(slot))->Caption();
         for (const QString& step : QString(steps).split(' ')) {
