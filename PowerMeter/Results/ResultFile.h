@@ -6,6 +6,9 @@
 // not UTF-8) before the recursive JSON parser sees them. No user interface
 // here: the document's SaveAs and Load add the name entry and the question.
 
+// The errors Load and SaveAs throw, for their callers to catch.
+#include <boost/property_tree/exceptions.hpp>
+#include <boost/property_tree/json_parser.hpp>
 #include <cstddef>
 #include <functional>
 #include <optional>

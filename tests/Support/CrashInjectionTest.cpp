@@ -1,6 +1,6 @@
 // A writer killed at random instants must leave the old file or a new one,
-// never a torn or empty one: the INI files through TIniFile::Save and the
-// registry hive through RegFlushKey.
+// never a torn or empty one: the INI files through TIniFile::Save, the
+// registry hive through RegFlushKey and the result files.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "Platform/Registry.h"
+#include "PowerMeter/Results/ResultFile.h"
 #include "Support/IniFile.h"
 #include "Support/ScratchDirectory.h"
 
@@ -76,6 +77,19 @@ bool WriteHive(std::uint32_t n) {
     written = written && RegFlushKey(key) == 0;
     return RegCloseKey(key) == 0 && written;
 }
+
+// Version n is the first result's year; the count and values change with n.
+std::vector<OPMResult> Results(std::uint32_t n) {
+    std::vector<OPMResult> results(n % 300 + 1,
+                                   {.year = 2015, .description = std::wstring(n % 20, L'µ')});
+    for (std::size_t i = 0; i < results.size(); ++i)
+        results[i].waveLength = static_cast<int>(1310 + i),
+        results[i].absPower = -0.25f * ((n + i) % 80);
+    results[0].year = static_cast<int>(n);
+    return results;
+}
+
+const std::string ResultsStart = "{\n    \"OLTS\": [\n        {\n            \"Date\": \"";
 
 // The version a file holds if it is one complete version, else StartMarker.
 std::uint32_t VersionIn(const std::string& text, const std::string& prefix,
@@ -168,6 +182,21 @@ TEST(CrashInjectionTest, RegistryHiveIsAlwaysOneCompleteVersion) {
     KillRepeatedly(
         path, [&] { platform::LoadHive(path); }, WriteHive,
         [&] { return VersionIn(ScratchDirectory::Read(path), HiveStart, ExpectedHive); });
+}
+
+TEST(CrashInjectionTest, ResultFileIsAlwaysOneCompleteVersion) {
+    ScratchDirectory dir;
+    const std::string path = dir.Path("results.txt");
+    KillRepeatedly(
+        path, [] {},
+        [&](std::uint32_t n) {
+            resultfile::Write(path, Results(n));
+            return true;
+        },
+        [&] {
+            return VersionIn(ScratchDirectory::Read(path), ResultsStart,
+                             [](std::uint32_t n) { return resultfile::Serialise(Results(n)); });
+        });
 }
 
 }  // namespace

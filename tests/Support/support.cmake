@@ -5,6 +5,6 @@ opm_add_test(SupportTest SOURCES IniFileTest.cpp LenUnitTest.cpp LogFileTest.cpp
 # Writers killed at random instants; a few seconds, more under sanitizers.
 opm_add_test(SupportCrashInjectionTest
   SOURCES ${CMAKE_CURRENT_LIST_DIR}/CrashInjectionTest.cpp
-  LIBS Support
+  LIBS Support PowerMeter
   LABELS slow
   TIMEOUT 240)
