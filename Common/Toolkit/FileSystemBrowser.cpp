@@ -235,7 +235,11 @@ bool CFileSystemBrowser::OnEscapePressed() {
 void CFileSystemBrowser::OnStorage() {
     locations = locationSource();
     if (locations.empty()) return;
-    CSubmenuDialog menu(StorageKey(), VK_F1, this);
+    // The column closes again on the function key of the slot that opened it.
+    UINT openingKey = VK_F1;
+    for (unsigned slot = 0; slot < CMenuCtrl::keysNum; ++slot)
+        if (GetMenuCtrl().GetCurrentKey(slot) == StorageKey()) openingKey = VK_F1 + slot;
+    CSubmenuDialog menu(StorageKey(), openingKey, this);
     for (size_t i = 0; i < locations.size(); ++i)
         menu.AddKey(static_cast<UINT>(i), locations[i].label);
     menu.SetCurrentKey(std::min(currentLocation, locations.size() - 1));
