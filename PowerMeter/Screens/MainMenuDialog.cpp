@@ -4,13 +4,17 @@
 
 #include "Common/Settings/AppConfig.h"
 #include "Common/Toolkit/FontCreator.h"
+#include "Common/Toolkit/SubmenuDialog.h"
 #include "Common/Toolkit/TextMenuKey.h"
+#include "Common/Toolkit/VirtualKeys.h"
 #include "Common/Utilities/LanguageResources.h"
 #include "PowerMeter/Devices/PowerMeterDeviceManager.h"
 #include "PowerMeter/PowerMeter.h"
 #include "PowerMeter/Results/AutoSave.h"
+#include "PowerMeter/Screens/OPMFileSystemDialog.h"
 #include "PowerMeter/Screens/PMDialog.h"
 #include "PowerMeter/Screens/PowerMeterParamDialog.h"
+#include "PowerMeter/Screens/ResultFileDialog.h"
 
 // Layout: the panel is a strip of soft keys over the bottom of the measuring
 // screen, in the very place of the screen's own row. Outdoors at arm's length
@@ -18,7 +22,9 @@
 // keys keep the size and places the hand already knows (F1..F4 under them,
 // 152x58 touch targets), and a title line over the row says the keys have
 // changed and how to get back. Store sits on F1, the key used most; quit on
-// F4, as far from it as the row allows.
+// F4, as far from it as the row allows. The two results screens share F3
+// through a column, which keeps the row at four keys and the results apart
+// from the settings.
 namespace {
 constexpr UINT kStoreResultString = 61380;
 constexpr UINT kStartRecordingString = 61381;
@@ -27,6 +33,9 @@ constexpr UINT kParametersString = 61383;
 constexpr UINT kQuitString = 61384;
 constexpr UINT kTitleString = 61385;
 constexpr UINT kRecordingTitleString = 61386;
+constexpr UINT kResultsString = 61403;
+constexpr UINT kResultsListString = 61404;
+constexpr UINT kResultFilesString = 61405;
 constexpr int IDC_TITLE = 1310;
 constexpr int kKeyFontHeight = 17;
 
@@ -57,6 +66,7 @@ bool CMainMenuDialog::OnInitDialog() {
     GetBatteryBar().hide();
     OnMenuCommand(kStoreCommand, [this] { StoreResult(); });
     OnMenuCommand(kParametersCommand, [this] { OpenParameters(); });
+    OnMenuCommand(kResultsCommand, [this] { OpenResults(); });
     OnMenuCommand(kQuitCommand, [this] { Quit(); });
     return result;
 }
@@ -69,9 +79,9 @@ std::vector<CMenuKey*> CMainMenuDialog::GetMenuKeys() {
     };
     storeKey = add(kStoreCommand, kStoreResultString);
     parametersKey = add(kParametersCommand, kParametersString);
+    resultsKey = add(kResultsCommand, kResultsString);
     quitKey = add(kQuitCommand, kQuitString);
-    // Slot 2 stays blank: nothing else belongs in this menu yet.
-    return {storeKey, parametersKey, nullptr, quitKey};
+    return {storeKey, parametersKey, resultsKey, quitKey};
 }
 
 void CMainMenuDialog::OnSetTexts() {
@@ -136,7 +146,7 @@ void CMainMenuDialog::Place() {
 }
 
 std::vector<CTextMenuKey*> CMainMenuDialog::CommandKeys() const {
-    return {storeKey, parametersKey, quitKey};
+    return {storeKey, parametersKey, resultsKey, quitKey};
 }
 
 CTextMenuKey* CMainMenuDialog::FocusedKey() const {
@@ -201,6 +211,27 @@ void CMainMenuDialog::OpenParameters() {
     parameters.DoModal();
     // Back on the panel, whose store key may have changed with the setting.
     Open();
+}
+
+void CMainMenuDialog::OpenResults() {
+    CSubmenuDialog column(resultsKey, VK_F3, this);
+    column.AddKey(kResultsListCommand, ResourceString(kResultsListString));
+    column.AddKey(kResultFilesCommand, ResourceString(kResultFilesString));
+    if (column.Show() != IDOK) return;
+    // The panel stays above its screen and would cover the dialog's keys.
+    hide();
+    bool loaded = false;
+    if (column.GetSelectedId() == kResultsListCommand) {
+        CResultFileDialog list(owner);
+        list.DoModal();
+    } else {
+        COPMFileSystemDialog files(owner);
+        loaded = files.DoModal() == IDOK;
+    }
+    if (owner != nullptr) owner->ShowResultsStatus();
+    // After a load the measuring screen shows what came in; otherwise the
+    // user is back where the results were asked for.
+    loaded ? Close() : Open();
 }
 
 void CMainMenuDialog::Quit() {

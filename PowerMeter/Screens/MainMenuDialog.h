@@ -1,7 +1,8 @@
 #pragma once
 // The main menu: a modeless panel over its screen (template 398) with the
-// store-result command (or start/stop of timed recording), the parameters
-// and quit. Escape hides it and gives the focus back to the screen.
+// store-result command (or start/stop of timed recording), the parameters,
+// the results (a column: the results list, the result files) and quit.
+// Escape hides it and gives the focus back to the screen.
 
 #include <QFont>
 #include <vector>
@@ -19,6 +20,10 @@ public:
     static constexpr UINT kStoreCommand = 1;
     static constexpr UINT kParametersCommand = 2;
     static constexpr UINT kQuitCommand = 3;
+    static constexpr UINT kResultsCommand = 4;
+    // The results column's keys.
+    static constexpr UINT kResultsListCommand = 0;
+    static constexpr UINT kResultFilesCommand = 1;
 
     explicit CMainMenuDialog(CPMDialog* owner);
     ~CMainMenuDialog() override;
@@ -47,6 +52,7 @@ protected:
 private:
     void StoreResult();
     void OpenParameters();
+    void OpenResults();
     void Quit();
     void Place();
     std::vector<CTextMenuKey*> CommandKeys() const;
@@ -58,6 +64,7 @@ private:
     QFont keyFont;
     CTextMenuKey* storeKey = nullptr;
     CTextMenuKey* parametersKey = nullptr;
+    CTextMenuKey* resultsKey = nullptr;
     CTextMenuKey* quitKey = nullptr;
     size_t current = 0;  // index into CommandKeys()
 };

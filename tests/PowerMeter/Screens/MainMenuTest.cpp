@@ -3,11 +3,15 @@
 
 #include "Common/Settings/CommonConfig.h"
 #include "Common/Toolkit/Message.h"
+#include "Common/Toolkit/SubmenuDialog.h"
 #include "PowerMeter/Results/AutoSave.h"
 #include "PowerMeter/Results/OPMDocument.h"
+#include "PowerMeter/Results/ResultFile.h"
 #include "PowerMeter/Screens/MainMenuDialog.h"
+#include "PowerMeter/Screens/OPMFileSystemDialog.h"
 #include "PowerMeter/Screens/PMDialog.h"
 #include "PowerMeter/Screens/PowerMeterParamDialog.h"
+#include "PowerMeter/Screens/ResultFileDialog.h"
 #include "ScreenTestSupport.h"
 
 namespace {
@@ -37,8 +41,8 @@ protected:
 
 TEST_F(MainMenu, PanelAndParametersInEitherLanguage) {
     for (const auto& [language, texts] :
-         {std::pair{"english", "Store result|Parameters||Quit|Menu|Enter ▸ Menu"},
-          std::pair{"german", "Speichern|Parameter||Beenden|Menü|Enter ▸ Menü"}}) {
+         {std::pair{"english", "Store result|Parameters|Results|Quit|Menu|Enter ▸ Menu"},
+          std::pair{"german", "Speichern|Parameter|Ergebnisse|Beenden|Menü|Enter ▸ Menü"}}) {
         ScopedLanguagePack shown{language};
         CPMDialog screen(394);
         CPowerMeterParamDialog parameters(&screen);
@@ -73,7 +77,7 @@ TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecordingAndQuitEndsTheSc
           Step{true, "■ Stop|Recording · 00:10", nullptr, Qt::Key_F1, 4}}) {
         config.SetValue<bool>(autosave::AutoSaveValue, setting);
         panel->Open();
-        EXPECT_EQ(Texts(panel).remove("|Parameters||Quit"), QString(texts));
+        EXPECT_EQ(Texts(panel).remove("|Parameters|Results|Quit"), QString(texts));
         command ? command() : QTest::keyClick(panel, key);
         EXPECT_EQ(panel->isVisible(), command != nullptr);  // the key hides the panel first
         EXPECT_EQ(document.GetResultsCount(), results);
@@ -87,9 +91,44 @@ TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecordingAndQuitEndsTheSc
     // the store key, and Enter on quit ends the screen.
     SetPowerMeterDeviceManager(nullptr);
     QTest::mouseClick(screen.GetDlgItem(IDC_MAIN_MENU_HINT), Qt::LeftButton);
-    for (auto key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Left, Qt::Key_Return})
+    for (auto key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Left, Qt::Key_Return})
         QTest::keyClick(panel, key);
     EXPECT_EQ(screen.result(), IDCANCEL);
+}
+
+// F3's column leads to the results list and to the result files; a file
+// opened there shows on the measuring screen, the panel out of its way.
+TEST_F(MainMenu, ResultsColumnOpensTheListAndTheFilesAndAnOpenedFileShowsOnTheScreen) {
+    const QString file = QDir(CFileSystemBrowser::DataFolder()).filePath("span.txt");
+    const OPMResult result{.day = 15,
+                           .month = 2,
+                           .year = 2015,
+                           .waveLength = 1310,
+                           .absPower = -9,
+                           .refLevel = 0,
+                           .description = {}};
+    resultfile::Write(file.toStdString(), {result, result});
+    config.SetValue(LastSavedPathValue, file.toStdWString());
+    CPMDialog screen(394);
+    screen.Create(), screen.show(), screen.ShowMainMenu();
+    CMainMenuDialog* panel = screen.GetMainMenu();
+    for (const bool files : {false, true}) {
+        toolkittest::WhenShown<CSubmenuDialog>("the results column", [files](CSubmenuDialog* c) {
+            if (files) QTest::keyClick(c, Qt::Key_Down);
+            QTest::keyClick(c, Qt::Key_Return);
+        });
+        if (files)
+            toolkittest::WhenShown<COPMFileSystemDialog>(
+                "the result files", [](auto* d) { QTest::keyClick(d, Qt::Key_F2); });
+        else
+            toolkittest::WhenShown<CResultFileDialog>(
+                "the results list", [](auto* d) { QTest::keyClick(d, Qt::Key_Escape); });
+        QTest::keyClick(panel, Qt::Key_F3);
+        EXPECT_EQ(panel->isVisible(), !files);
+    }
+    EXPECT_EQ(document.GetResultsCount(), 2u);
+    EXPECT_EQ(screen.GetDlgItemText(IDC_RESULTS_STATUS), "2 results · span.txt");
+    QFile::remove(file);
 }
 
 TEST_F(MainMenu, ParametersShowTheStoredValuesAndWriteTheChangedOnesOnOkOnly) {
