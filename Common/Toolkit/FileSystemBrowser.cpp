@@ -145,11 +145,10 @@ void CFileSystemBrowser::ShowLocation(size_t index) {
 }
 
 void CFileSystemBrowser::ShowTitle() {
-    auto* title = qobject_cast<QLabel*>(GetDlgItem(IDC_TITLE));
-    if (title == nullptr || currentLocation >= locations.size()) return;
-    title->setText(titleText.isEmpty()
-                       ? locations[currentLocation].label
-                       : titleText + QStringLiteral(": ") + locations[currentLocation].label);
+    if (currentLocation >= locations.size()) return;
+    SetDlgItemText(IDC_TITLE, titleText.isEmpty() ? locations[currentLocation].label
+                                                  : titleText + QStringLiteral(": ") +
+                                                        locations[currentLocation].label);
 }
 
 bool CFileSystemBrowser::SelectPath(const QString& path) {

@@ -1,12 +1,16 @@
 #!/usr/bin/env python3
 # The program from a fresh image in an X server (xvfb-run), driven by xdotool
 # key presses: -23.5 dBm at 1550 nm on the screen, three results stored by
-# hand, timed recording at 10 s, quit with code 0 and the state saved. The
-# screen is read from the program's trace (OPM_TRACE=1).
+# hand, a description typed in the results list, the results saved to a file
+# named on the screen keyboard, timed recording at 10 s, quit with code 0 and
+# the state saved. The screen is read from the program's trace (OPM_TRACE=1).
 #   desktop_run.py <make-image.sh> <build-dir>
-import os, queue, re, shutil, subprocess, sys, tempfile, threading, time
+import json, os, queue, re, shutil, subprocess, sys, tempfile, threading, time
 
 LIMIT_S = 30  # only reached when something is broken
+# xdotool types a capital letter it must map to a spare key as the small one
+# (X's rule for a key with one symbol), so the Ø of the unit tests is ø here.
+DESCRIPTION = "Spleiß Nord – ø 9 µm"
 
 
 def fail(message):
@@ -46,6 +50,25 @@ def inside(image):
     for number in (1, 2, 3):  # Enter opens the menu, F1 stores
         keys("Return", "F1")
         wait_for(rf"^result {number}: 1550 nm -23\.", f"result {number} stored by hand")
+        wait_for(rf"^shown 394/1116: {number} results?$", f"the results line counting {number}")
+    keys("Return", "F3", "Return")  # the results list, the newest result selected
+    wait_for(r"^shown 395/1010: .*3/3", "the results list")
+    keys("F1")
+    time.sleep(1)  # the screen keyboard coming up
+    subprocess.run(["xdotool", "type", "--delay", "100", DESCRIPTION], check=True, timeout=LIMIT_S)
+    keys("Return", "Escape", "F3", "Down", "Return")  # back on the menu, to the result files
+    wait_for(r"^shown 396/1010: ", "the result files")
+    keys("F1")
+    time.sleep(1)
+    keys("BackSpace", "BackSpace", "BackSpace", "BackSpace")
+    subprocess.run(["xdotool", "type", "--delay", "100", "nord1"], check=True, timeout=LIMIT_S)
+    keys("Return")
+    wait_for(r"^shown 396/1502: \d+-\d+-\d+/", "the preview of the saved file")
+    keys("F4", "Escape")
+    with open(image + "/data/nord1.txt", encoding="utf-8") as saved:
+        results = json.load(saved)["OLTS"]
+    if [r["WaveLen"] for r in results] != ["1550"] * 3 or results[2]["Desc"] != DESCRIPTION:
+        fail(f"the saved file holds {results}")
     keys("Return", "F2", "Right", "Return")  # parameters: recording on, 10 s; the menu is back
     keys("F1")  # start recording
     started = time.monotonic()
