@@ -103,6 +103,13 @@ TEST_F(ResultFile, RoundTrip) {
               "2016-0-7 23:59 1625 -12.35 -3 Spleiß Nord – Ø 9 µm \"q\" \\ /|"
               "2015-11-31 0:0 850 0 0 |");
     EXPECT_EQ(document.GetDirectory() + document.GetFileName(), Wide("round.txt"));
+    // A file written in many pieces reads back whole.
+    const std::vector<OPMResult> many(3000, Result(2015, 1, 2, 3, 4, 1310, -1.5f, 0.0f, L"x"));
+    resultfile::Write(path, many);
+    EXPECT_EQ(ScratchDirectory::Read(path), resultfile::Serialise(many));
+    document.Clear();  // no question
+    ASSERT_TRUE(document.Load(platform::FromUtf8(path)));
+    EXPECT_EQ(document.GetResultsCount(), many.size());
 }
 
 // What loading a well-formed file gives: the result, the listing, whether the
