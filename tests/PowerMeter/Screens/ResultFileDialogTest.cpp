@@ -2,10 +2,12 @@
 // of the rows in view, and descriptions going back into the document.
 
 #include <QLineEdit>
+#include <QTemporaryDir>
 
 #include "Common/Toolkit/VirtualKeyboard.h"
 #include "Common/ToolkitTestSupport.h"
 #include "Common/Utilities/LanguageResources.h"
+#include "PowerMeter/Results/ResultFile.h"
 #include "PowerMeter/Screens/ResultFileDialog.h"
 #include "support/Screenshot.h"
 
@@ -90,8 +92,19 @@ TEST(ResultList, FollowsTheDocumentAndDrawsOnlyTheRowsInView) {
                   "Min: -14.000|Max: -10.000|Avr: 1.633");
         screenshot::Save(QString("results-rows-%1").arg(language), &dialog);
 
-        for (int i = 3; i < 100000; ++i)
-            document.AddResult(Result(-20.0f - static_cast<float>(i % 40)));
+        // 100,000 results saved, previewed, loaded and listed.
+        std::vector<OPMResult> many;
+        for (size_t i = 0; i < 100000; ++i)
+            many.push_back(i < 3 ? document.GetResult(i) : Result(-20.0f - (i % 40)));
+        const QTemporaryDir dir;
+        const QString file = dir.filePath("many.txt");
+        resultfile::Write(file.toStdString(), many);
+        std::wstring preview;
+        ASSERT_TRUE(BuildPreview(file.toStdWString(), preview));
+        EXPECT_EQ(QString::fromStdWString(preview).section('\n', 1, 2),
+                  "size 100000\n1310 Abs -48.00");
+        document.Clear();
+        ASSERT_TRUE(document.Load(file.toStdWString()));
         document.Notify(COPMDocument::kResultAdded);
         const int fit = list.RowsFit(), end = 100000 - fit;
         ASSERT_GE(fit, 3);
