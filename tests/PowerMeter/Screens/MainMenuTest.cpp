@@ -96,37 +96,26 @@ TEST_F(MainMenu, StoreKeyTakesOneResultOrStartsAndStopsRecordingAndQuitEndsTheSc
     EXPECT_EQ(screen.result(), IDCANCEL);
 }
 
-// F3's column leads to the results list and to the result files; a file
-// opened there shows on the measuring screen, the panel out of its way.
+// F3's column leads to the results list (left with Escape) and to the result
+// files, where F2 opens the last saved file: the measuring screen shows it.
 TEST_F(MainMenu, ResultsColumnOpensTheListAndTheFilesAndAnOpenedFileShowsOnTheScreen) {
     const QString file = QDir(CFileSystemBrowser::DataFolder()).filePath("span.txt");
-    const OPMResult result{.day = 15,
-                           .month = 2,
-                           .year = 2015,
-                           .waveLength = 1310,
-                           .absPower = -9,
-                           .refLevel = 0,
-                           .description = {}};
-    resultfile::Write(file.toStdString(), {result, result});
+    resultfile::Write(file.toStdString(), std::vector<OPMResult>(2));
     config.SetValue(LastSavedPathValue, file.toStdWString());
     CPMDialog screen(394);
     screen.Create(), screen.show(), screen.ShowMainMenu();
-    CMainMenuDialog* panel = screen.GetMainMenu();
     for (const bool files : {false, true}) {
         toolkittest::WhenShown<CSubmenuDialog>("the results column", [files](CSubmenuDialog* c) {
             if (files) QTest::keyClick(c, Qt::Key_Down);
             QTest::keyClick(c, Qt::Key_Return);
         });
-        if (files)
-            toolkittest::WhenShown<COPMFileSystemDialog>(
-                "the result files", [](auto* d) { QTest::keyClick(d, Qt::Key_F2); });
-        else
-            toolkittest::WhenShown<CResultFileDialog>(
-                "the results list", [](auto* d) { QTest::keyClick(d, Qt::Key_Escape); });
-        QTest::keyClick(panel, Qt::Key_F3);
-        EXPECT_EQ(panel->isVisible(), !files);
+        auto close = [](auto* d) { QTest::keyClick(d, Qt::Key_Escape); };
+        auto open = [](auto* d) { QTest::keyClick(d, Qt::Key_F2); };
+        files ? toolkittest::WhenShown<COPMFileSystemDialog>("the result files", open)
+              : toolkittest::WhenShown<CResultFileDialog>("the results list", close);
+        QTest::keyClick(screen.GetMainMenu(), Qt::Key_F3);
+        EXPECT_EQ(screen.GetMainMenu()->isVisible(), !files);
     }
-    EXPECT_EQ(document.GetResultsCount(), 2u);
     EXPECT_EQ(screen.GetDlgItemText(IDC_RESULTS_STATUS), "2 results · span.txt");
     QFile::remove(file);
 }

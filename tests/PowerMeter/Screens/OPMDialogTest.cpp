@@ -9,7 +9,6 @@
 #include "Common/Toolkit/MessageBoxEx.h"
 #include "Common/Toolkit/SubmenuDialog.h"
 #include "Platform/StreamDeviceFaults.h"
-#include "PowerMeter/Results/OPMDocument.h"
 #include "PowerMeter/Screens/OPMDialog.h"
 #include "ScreenTestSupport.h"
 #include "Simulator/SimulatorTestSupport.h"
@@ -32,13 +31,12 @@ struct Screen : screentest::Instrument {
         platform::DeactivateStreamDevices();
         bench.Write(kBench + benchKeys), ScratchDirectory::Write(ini, Ini("-30"));
         StartDevices();
-        SetOPMDocument(&document);
         CLightSource* lightSource = withLightSource ? manager->GetLightSource() : nullptr;
         screen = std::make_unique<COPMDialog>(manager->GetPowerMeter(), lightSource);
         ASSERT_TRUE(screen->Create());
         screen->show(), screen->activateWindow(), boxes.clear();
     }
-    void TearDown() override { screen.reset(), SetOPMDocument(nullptr), Instrument::TearDown(); }
+    void TearDown() override { screen.reset(), Instrument::TearDown(); }
 
     // "read <dBm>", "keys <keys>", "menu <keys>/<keys in the submenu>", "edit <typed, then
     // Return in the next value editor>", "rm" (the calibration file), "close" (as the window
@@ -105,7 +103,6 @@ struct Screen : screentest::Instrument {
 
     simtest::TempBench bench;
     const std::string ini = screentest::Image() + "etc_gui/opm.ini";
-    COPMDocument document;  // empty: the results line says so
     std::unique_ptr<COPMDialog> screen;
     QStringList captions, boxes;  // boxes: "title: text" of each, closed as it opened
     QString editor;
