@@ -1,0 +1,3 @@
+# The OBEX protocol, from bytes up.
+opm_add_test(BluetoothTest SOURCES ${CMAKE_CURRENT_LIST_DIR}/ObexPacketTest.cpp LIBS Common
+  LABELS unit)
