@@ -130,8 +130,8 @@ bool COPMDocument::Load(const std::wstring& path) {
         !CQuestionDialog::Ask(L"DO YOU REALLY WANT TO OPEN FILE?UNSAVED DATA WILL BE LOST!",
                               QApplication::activeWindow()))
         return false;
-    Clear();
-    for (const OPMResult& result : loaded) AddResult(result);
+    // Appended in file order to the emptied results, without notifying.
+    results = std::move(loaded);
     return true;
 }
 

@@ -15,6 +15,7 @@
 
 #include "Platform/AtomicFile.h"
 #include "Platform/WideText.h"
+#include "Support/NarrowString.h"
 
 namespace resultfile {
 namespace {
@@ -28,13 +29,6 @@ constexpr std::array<std::string_view, 6> kMemberStarts{
     "            \"Date\": \"", "            \"Time\": \"", "            \"WaveLen\": \"",
     "            \"Abs\": \"",  "            \"Ref\": \"",  "            \"Desc\": \""};
 
-template <typename... Args>
-std::string Format(const char* format, Args... args) {
-    char buffer[128];
-    const int length = std::snprintf(buffer, sizeof buffer, format, args...);
-    return std::string(buffer, length < 0 ? 0 : std::min<std::size_t>(length, sizeof buffer - 1));
-}
-
 std::string DateText(const OPMResult& r) {
     return std::to_string(r.year) + "-" + std::to_string(r.month) + "-" + std::to_string(r.day);
 }
@@ -45,11 +39,12 @@ std::string TwoDigits(int value) {
     return value >= 0 && value < 10 ? "0" + std::to_string(value) : std::to_string(value);
 }
 
+// The largest float has 39 digits before the point: the buffer always holds it.
 std::string Hundredths(float value) {
     char buffer[64];
-    const auto [end, error] = std::to_chars(
-        buffer, buffer + sizeof buffer, static_cast<double>(value), std::chars_format::fixed, 2);
-    return error == std::errc() ? std::string(buffer, end) : Format("%.2f", value);
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, static_cast<double>(value),
+                                      std::chars_format::fixed, 2);
+    return std::string(buffer, result.ptr);
 }
 
 std::string Utf8(const std::wstring& text) {
@@ -427,10 +422,12 @@ std::string ReadChecked(const std::string& path) {
     struct stat status {};
     if (!file || fstat(fileno(file.get()), &status) != 0 || S_ISDIR(status.st_mode))
         Fail("cannot open file", path);
-    if (static_cast<unsigned long long>(status.st_size) > kMaxFileSize)
+    const auto tooLarge = [&] {
         Fail("file is larger than " + std::to_string(kMaxFileSize >> 20) +
                  " MB, too large for a result file",
              path);
+    };
+    if (static_cast<unsigned long long>(status.st_size) > kMaxFileSize) tooLarge();
     // Read to the end rather than trust the size: a growing file may be longer.
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
     std::size_t length = std::fread(text.data(), 1, text.size(), file.get());
@@ -439,10 +436,7 @@ std::string ReadChecked(const std::string& path) {
          length == text.size() && (n = std::fread(extra, 1, sizeof extra, file.get())) > 0;) {
         text.append(extra, n);
         length = text.size();
-        if (length > kMaxFileSize)
-            Fail("file is larger than " + std::to_string(kMaxFileSize >> 20) +
-                     " MB, too large for a result file",
-                 path);
+        if (length > kMaxFileSize) tooLarge();
     }
     if (std::ferror(file.get())) Fail("read error", path);
     text.resize(length);
@@ -494,14 +488,19 @@ std::optional<std::wstring> PreviewOf(std::size_t count,
             k = 1;
         }
     }
-    text += Format("size %zu\n", count - k);
+    text += TNarrowString().Format("size %zu\n", count - k).c_str();
     for (std::size_t i = count > 12 ? count - 12 : 0; i < count; ++i) {
         const std::optional<OPMResult> r = ParseResult(element(i));
         if (!r) continue;
         if (r->refLevel != 0.0f)
-            text += Format("%d Ref %.2f\n", r->waveLength, r->absPower - r->refLevel);
+            text += TNarrowString()
+                        .Format("%d Ref %.2f\n", r->waveLength,
+                                static_cast<double>(r->absPower - r->refLevel))
+                        .c_str();
         else if (r->absPower != 0.0f)
-            text += Format("%d Abs %.2f\n", r->waveLength, r->absPower);
+            text += TNarrowString()
+                        .Format("%d Abs %.2f\n", r->waveLength, static_cast<double>(r->absPower))
+                        .c_str();
         else
             text += "err format\n";
     }

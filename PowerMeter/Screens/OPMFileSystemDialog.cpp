@@ -86,12 +86,13 @@ void COPMFileSystemDialog::OnFileActivated(const QString& path) {
 void COPMFileSystemDialog::Save() {
     const QString directory = CurrentDirectory();
     if (directory.isEmpty()) return;
+    COPMDocument& document = OPMDocument();
     try {
-        if (!OPMDocument().SaveAs(directory.toStdWString())) return;
+        if (!document.SaveAs(directory.toStdWString())) return;
     } catch (const boost::property_tree::ptree_error& error) {
         return ShowError(error.what());
     }
-    SelectPath(QString::fromStdWString(AppConfig().GetString(LastSavedPathValue, L"")));
+    SelectPath(QString::fromStdWString(document.GetDirectory() + L"/" + document.GetFileName()));
 }
 
 void COPMFileSystemDialog::Open(const QString& path) {
