@@ -10,24 +10,32 @@ bool Session::Fail(const std::string& why) {
     return false;
 }
 
+bool Session::Broke(const std::string& why) {
+    broken = true;
+    return Fail(why);
+}
+
 bool Session::Exchange(const Bytes& request, bool connect, std::uint8_t expected, Reply* reply) {
     lastCode = 0;
-    if (!stream.Write(request)) return Fail("write failed");
+    // After a lost or garbled reply the stream is out of step; every further
+    // request would only wait for its own timeout.
+    if (broken) return Fail("link lost: " + error);
+    if (!stream.Write(request)) return Broke("write failed");
     std::uint8_t head[3];
-    if (!stream.Read(head, sizeof head, timeoutMs)) return Fail("no reply");
+    if (!stream.Read(head, sizeof head, timeoutMs)) return Broke("no reply");
     const std::optional<std::uint16_t> length = AnnouncedLength(head, sizeof head);
     // Our CONNECT told the peer the largest packet we take.
     if (!length || *length > kOurMaxPacket)
-        return Fail("reply of " + std::to_string(length.value_or(0)) + " bytes refused");
+        return Broke("reply of " + std::to_string(length.value_or(0)) + " bytes refused");
     Bytes packet(head, head + 3);
     packet.resize(*length);
     if (*length > 3 && !stream.Read(packet.data() + 3, *length - 3, timeoutMs))
-        return Fail("reply cut short");
+        return Broke("reply cut short");
     std::string why;
     // A refusal of CONNECT often comes without the connect fields.
     const bool fields = connect && (packet.size() >= 7 || packet[0] == expected);
     std::optional<Reply> parsed = ParseReply(packet.data(), packet.size(), fields, why);
-    if (!parsed) return Fail(why);
+    if (!parsed) return Broke(why);
     lastCode = parsed->code;
     if (parsed->code != expected) {
         char text[48];

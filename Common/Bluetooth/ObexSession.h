@@ -44,6 +44,8 @@ public:
     // The code of the last reply (0 when none came) and why the last call failed.
     std::uint8_t LastCode() const { return lastCode; }
     const std::string& Error() const { return error; }
+    // A reply was lost or garbled: the session refuses everything after it.
+    bool Broken() const { return broken; }
 
 private:
     bool Exchange(const Bytes& request, bool connect, std::uint8_t expected,
@@ -52,6 +54,7 @@ private:
     bool SendPut(std::size_t size, bool final);
     std::size_t BodyRoom() const;
     bool Fail(const std::string& why);
+    bool Broke(const std::string& why);
 
     ByteStream& stream;
     int timeoutMs;
@@ -60,6 +63,7 @@ private:
     std::vector<Header> pendingHeaders;  // go out with the next PUT
     Bytes body;
     bool connected = false;
+    bool broken = false;
     std::uint8_t lastCode = 0;
     std::string error;
 };

@@ -20,16 +20,17 @@ BenchLoad ParseBench(std::string_view text) {
         const std::string where = "line " + std::to_string(entry.line) + ": ";
         std::string error;
         if (entry.section == "peers") {
-            if (!ValidPeerName(entry.key, error) || !ValidPeerAddress(entry.value, error)) {
+            std::string value;
+            if (!ValidPeerName(entry.key, error) || !ValidPeerValue(entry.value, value, error)) {
                 load.problems.push_back(where + error);
                 continue;
             }
             auto& peers = load.settings.peers;
             auto same = [&](const auto& peer) { return peer.first == entry.key; };
             if (auto it = std::find_if(peers.begin(), peers.end(), same); it != peers.end())
-                it->second = entry.value;
+                it->second = value;
             else
-                peers.emplace_back(entry.key, entry.value);
+                peers.emplace_back(entry.key, value);
             continue;
         }
         const std::string name = entry.section + "." + entry.key;

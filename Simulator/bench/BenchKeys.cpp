@@ -1,5 +1,7 @@
 #include "Simulator/bench/BenchKeys.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -234,15 +236,40 @@ bool ValidPeerName(std::string_view name, std::string& error) {
     return true;
 }
 
-bool ValidPeerAddress(std::string_view address, std::string& error) {
-    const std::string text = Trimmed(address);
-    const size_t colon = text.rfind(':');
+namespace {
+// "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}", as a device's service list holds them.
+bool IsBracedUuid(std::string_view text) {
+    if (text.size() != 38 || text.front() != '{' || text.back() != '}') return false;
+    for (size_t i = 1; i < 37; ++i) {
+        const bool dash = i == 9 || i == 14 || i == 19 || i == 24;
+        if (dash ? text[i] != '-' : !std::isxdigit(static_cast<unsigned char>(text[i])))
+            return false;
+    }
+    return true;
+}
+}  // namespace
+
+bool ValidPeerValue(std::string_view value, std::string& canonical, std::string& error) {
+    const std::string text = Trimmed(value);
+    const size_t blank = text.find_first_of(" \t");
+    const std::string address = text.substr(0, blank);
+    const std::string services = blank == std::string::npos ? "" : Trimmed(text.substr(blank));
+    const size_t colon = address.rfind(':');
     long long port = 0;
-    if (colon == std::string::npos || colon == 0 || !ParseWhole(text.substr(colon + 1), port) ||
-        port < 1 || port > 65535) {
-        error = "peer address '" + text + "' is not host:port (port 1 .. 65535)";
+    if (colon == std::string::npos || colon == 0 ||
+        !ParseWhole(address.substr(colon + 1), port) || port < 1 || port > 65535) {
+        error = "peer address '" + address + "' is not host:port (port 1 .. 65535)";
         return false;
     }
+    for (size_t start = 0; !services.empty() && start <= services.size();) {
+        const size_t end = std::min(services.find(';', start), services.size());
+        if (!IsBracedUuid(services.substr(start, end - start))) {
+            error = "peer services '" + services + "' are not braced UUIDs separated by ';'";
+            return false;
+        }
+        start = end + 1;
+    }
+    canonical = services.empty() ? address : address + " " + services;
     return true;
 }
 

@@ -25,7 +25,8 @@ struct BenchKey {
 const std::vector<BenchKey>& BenchKeys();
 const BenchKey* FindBenchKey(std::string_view name);
 
-// Peers are the one open-ended section: "peers.<name>" = "host:port".
+// Peers are the one open-ended section: "peers.<name>" = "host:port" and,
+// after a blank, the services it offers as braced UUIDs separated by ';'.
 constexpr std::string_view kPeersPrefix = "peers.";
 
 // Stores a value given as text; false leaves the settings unchanged and says why.
@@ -33,7 +34,8 @@ bool SetBenchValue(BenchSettings& settings, const BenchKey& key, std::string_vie
                    std::string& error);
 std::string GetBenchValue(const BenchSettings& settings, const BenchKey& key);
 
-bool ValidPeerAddress(std::string_view address, std::string& error);
+// Checks a peer's value; a valid one is returned trimmed in `canonical`.
+bool ValidPeerValue(std::string_view value, std::string& canonical, std::string& error);
 bool ValidPeerName(std::string_view name, std::string& error);
 
 const char* AdapterStateName(AdapterState state);

@@ -75,7 +75,8 @@ struct BenchSettings {
         AdapterState adapter = AdapterState::Running;
     } bluetooth;
 
-    // Named OBEX peers reached over TCP: name -> "host:port", in file order.
+    // Named OBEX peers reached over TCP, in file order: name -> "host:port"
+    // and, after a blank, the braced service UUIDs separated by ';'.
     std::vector<std::pair<std::string, std::string>> peers;
 };
 

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: opm-bench [--file BENCH] COMMAND\n"
-    "  set KEY VALUE    change one key (peers.NAME HOST:PORT names an OBEX peer)\n"
+    "  set KEY VALUE    change one key (peers.NAME \"HOST:PORT [{UUID};...]\" names an OBEX peer)\n"
     "  unset KEY        back to the default\n"
     "  get KEY          the value in force\n"
     "  show             every key, '*' where the file sets it\n"
@@ -61,11 +61,10 @@ int BenchTool::Set(const std::string& name, const std::string& value, std::ostre
     std::string error;
     if (IsPeer(name)) {
         const std::string peer = name.substr(kPeersPrefix.size());
-        if (!ValidPeerName(peer, error) || !ValidPeerAddress(value, error)) {
+        if (!ValidPeerName(peer, error) || !ValidPeerValue(value, canonical, error)) {
             err << "opm-bench: " << error << "\n";
             return kBadUsage;
         }
-        canonical = value;
     } else {
         const BenchKey* key = FindBenchKey(name);
         if (key == nullptr) {
@@ -143,7 +142,9 @@ int BenchTool::Keys(std::ostream& out) {
         out << std::left << std::setw(28) << key.name << key.help << " [default "
             << GetBenchValue(defaults, key) << "]\n";
     out << std::left << std::setw(28) << "peers.NAME"
-        << "an OBEX peer reached over TCP, HOST:PORT\n";
+        << "an OBEX peer reached over TCP: HOST:PORT, then the services it offers as\n"
+        << std::setw(28) << "" << "braced UUIDs separated by ';' (Object Push "
+        << "{00001105-0000-1000-8000-00805f9b34fb})\n";
     return kDone;
 }
 

@@ -1,4 +1,5 @@
-# The OBEX protocol, from bytes up.
+# The OBEX protocol, from bytes up, and the service on the simulated instrument.
 opm_add_test(BluetoothTest SOURCES ${CMAKE_CURRENT_LIST_DIR}/ObexPacketTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/ObexSessionTest.cpp LIBS Common
-  LABELS unit)
+  ${CMAKE_CURRENT_LIST_DIR}/ObexSessionTest.cpp ${CMAKE_CURRENT_LIST_DIR}/StackServiceTest.cpp
+  LIBS Common LABELS unit)
+add_dependencies(BluetoothTest tavix_sim_btd)
