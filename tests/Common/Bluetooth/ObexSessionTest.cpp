@@ -6,6 +6,7 @@
 #include <deque>
 
 #include "Common/Bluetooth/ObexSession.h"
+#include "Common/Bluetooth/SessionDevice.h"
 
 namespace {
 
@@ -96,7 +97,28 @@ TEST(ObexSession, EndsWithAReasonOnARefusalADropOrABadReply) {
         EXPECT_FALSE(sent);
         EXPECT_EQ(session.Error(), why);
         EXPECT_EQ(session.LastCode(), code);
+        const std::size_t asked = peer.requests.size();
+        session.Abort();
+        EXPECT_EQ(peer.requests.size(), asked + (code != 0)) << "only a peer in step hears more";
     }
+}
+
+TEST(SessionDevice, NamesTheFileByItsBaseNameAndDisconnectsAtTheEnd) {
+    auto stream = std::make_unique<Peer>();
+    Peer& peer = *stream;
+    peer.replies = {kConnected}, peer.agreeing = true;
+    obex::SessionDevice device(std::move(stream), 1000);
+    ASSERT_TRUE(device.Connect({}) && device.Connect({}));
+    auto put = device.Put({L"/data/sub\\nord1.txt", 5});
+    ASSERT_TRUE(put && put->Write(nullptr, 0) &&
+                put->Write(reinterpret_cast<const std::uint8_t*>("abcde"), 5) && put->Commit());
+    device.EndExchange({});
+    ASSERT_EQ(peer.requests.size(), 3u) << "one CONNECT, one PUT-final, DISCONNECT";
+    std::string why;
+    const auto request = obex::ParseReply(peer.requests[1].data(), peer.requests[1].size(), false, why);
+    ASSERT_TRUE(request && request->Find(obex::kName));
+    EXPECT_EQ(request->Find(obex::kName)->value, obex::Header::Text(obex::kName, u"nord1.txt").value);
+    EXPECT_EQ(peer.requests[2][0], obex::kDisconnect);
 }
 
 }  // namespace
