@@ -118,10 +118,10 @@ public:
         bool connected = true;
         for (const auto& [interface, name, slot] : Signals())
             connected &= bus.connect(kService, {}, interface, name, this, slot);
-        const QDBusMessage reply =
-            connected ? bus.call(Call("/", kObjectManager, "GetManagedObjects"), QDBus::Block,
-                                 kCallTimeoutMs)
-                      : QDBusMessage();
+        const QDBusMessage reply = connected
+                                       ? bus.call(Call("/", kObjectManager, "GetManagedObjects"),
+                                                  QDBus::Block, kCallTimeoutMs)
+                                       : QDBusMessage();
         if (reply.type() != QDBusMessage::ReplyMessage || reply.signature() != "a{oa{sa{sv}}}") {
             Stop();
             return false;
@@ -186,8 +186,7 @@ private:
 
     void UseAdapter(const QString& path) {
         adapter = path;
-        if (!adapter.isEmpty())
-            bus.send(Call(adapter, kAdapterInterface, "StartDiscovery"));
+        if (!adapter.isEmpty()) bus.send(Call(adapter, kAdapterInterface, "StartDiscovery"));
     }
 
     // Changes of a device we never saw appear are ignored: BlueZ announces
