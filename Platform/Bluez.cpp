@@ -166,10 +166,16 @@ public slots:
 
     void OnPropertiesChanged(const QDBusMessage& message) {
         const QVariantList arguments = message.arguments();
-        if (!running || arguments.size() < 3 || arguments.at(0).toString() != kDeviceInterface)
-            return;
-        Update(message.path(), qdbus_cast<QVariantMap>(arguments.at(1)),
-               arguments.at(2).toStringList(), false);
+        if (!running || arguments.size() < 3) return;
+        const QString interface = arguments.at(0).toString();
+        const auto changed = qdbus_cast<QVariantMap>(arguments.at(1));
+        // BlueZ drops every discovery when the adapter goes off; ask again
+        // when it is back, so that a list left open fills once Bluetooth is on.
+        if (interface == kAdapterInterface && message.path() == adapter &&
+            changed.value("Powered").toBool())
+            UseAdapter(adapter);
+        if (interface == kDeviceInterface)
+            Update(message.path(), changed, arguments.at(2).toStringList(), false);
     }
 
 private:
@@ -184,9 +190,14 @@ private:
                 {kProperties, "PropertiesChanged", SLOT(OnPropertiesChanged(QDBusMessage))}};
     }
 
+    // Object Push and File Transfer run over BR/EDR only: an LE scan would
+    // only slow the inquiry down. The filter holds for our discovery alone.
     void UseAdapter(const QString& path) {
         adapter = path;
-        if (!adapter.isEmpty()) bus.send(Call(adapter, kAdapterInterface, "StartDiscovery"));
+        if (adapter.isEmpty()) return;
+        const QVariantMap filter{{"Transport", "bredr"}};
+        bus.send(Call(adapter, kAdapterInterface, "SetDiscoveryFilter", {filter}));
+        bus.send(Call(adapter, kAdapterInterface, "StartDiscovery"));
     }
 
     // Changes of a device we never saw appear are ignored: BlueZ announces
