@@ -4,7 +4,7 @@
 
 add_custom_target(instrument-image
   COMMAND ${PROJECT_SOURCE_DIR}/scripts/make-image.sh ${CMAKE_BINARY_DIR} ${CMAKE_BINARY_DIR}/image
-  DEPENDS tavix_otdr tavix_sim_bench tavix_sim_olt tavix_sim_btd opm-bench
+  DEPENDS tavix_otdr tavix_sim_bench tavix_sim_olt tavix_sim_btd tavix_btd opm-bench
   COMMENT "Assembling the instrument image in ${CMAKE_BINARY_DIR}/image"
   VERBATIM)
 

@@ -36,8 +36,10 @@ mkdir -p "$dest/etc_gui"
 for file in tavix_otdr.so tavix_sim_bench.so tavix_sim_olt.so tavix_sim_btd.so opm-bench; do
     cp -f "$bin/$file" "$dest/$file"
 done
-# Built by other parts of the tree once they exist.
-for file in PowerMeter opm-probe opm_loopback_bind.so; do
+# Built by other parts of the tree once they exist. tavix_btd.so is the real
+# instrument's Bluetooth driver (BlueZ); the simulated hive names the
+# simulated one; the instrument's own hive, still to come, will name this one.
+for file in PowerMeter opm-probe opm_loopback_bind.so tavix_btd.so; do
     if [ -f "$bin/$file" ]; then cp -f "$bin/$file" "$dest/$file"; fi
 done
 # Language packs lie beside the executable: the hive names them by bare file name.
