@@ -30,5 +30,8 @@ public:
 // The OBEX peers the "BTD0:" driver names (the simulated instrument's
 // bench), read every `pollMs`; null when the driver has no such list.
 std::unique_ptr<DeviceDiscovery> NetworkPeerDiscovery(int pollMs = 500);
+// The devices BlueZ reports, offering Object Push or File Transfer. Start
+// and Stop on the user-interface thread, whose event loop the reports come from.
+std::unique_ptr<DeviceDiscovery> BluezDiscovery();
 
 }  // namespace obex

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Common/Settings/Logging.h"
+#include "Platform/BluetoothControlCodes.h"
 #include "Platform/StreamDevice.h"
 #include "Platform/WideText.h"
 #include "Support/LogFile.h"
@@ -110,7 +111,6 @@ void TModuleDll::ResolveEntryPoints() {
 }
 
 namespace {
-constexpr DWORD kBluetoothStatusCode = 44;
 constexpr DWORD kBluetoothBufferSize = 32;
 
 std::mutex bluetoothLock;
@@ -134,7 +134,7 @@ DWORD BthGetHardwareStatus(int* status) {
 
     // The driver answers in the input buffer; there is no output buffer.
     std::array<BYTE, kBluetoothBufferSize> buffer{};
-    if (!DeviceIoControl(driver, kBluetoothStatusCode, buffer.data(), kBluetoothBufferSize, nullptr,
+    if (!DeviceIoControl(driver, IOCTL_BTD_HARDWARE_STATUS, buffer.data(), kBluetoothBufferSize, nullptr,
                          0, nullptr, nullptr))
         return GetLastError();
     std::int32_t word = 0;

@@ -4,12 +4,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "Platform/BluetoothControlCodes.h"
 #include "Platform/Bluez.h"
 #include "Platform/StreamDriver.h"
 
 namespace {
-// The status query writes the state into the first word of the caller's buffer.
-constexpr DWORD kQueryHardwareStatus = 44;
 // Any non-zero context will do: BlueZ keeps the state, the driver none.
 constexpr StreamContext kDevice = 1;
 
@@ -36,7 +35,7 @@ BOOL BTD_IOControl(StreamContext open, DWORD code, BYTE* in, DWORD inSize, BYTE*
                    DWORD /*outSize*/, DWORD* bytesReturned) {
     if (bytesReturned != nullptr) *bytesReturned = 0;
     if (open != kDevice) return Fail(ERROR_INVALID_HANDLE);
-    if (code != kQueryHardwareStatus) return Fail(ERROR_NOT_SUPPORTED);
+    if (code != IOCTL_BTD_HARDWARE_STATUS) return Fail(ERROR_NOT_SUPPORTED);
     if (in == nullptr || inSize < sizeof(std::uint32_t)) return Fail(ERROR_INVALID_PARAMETER);
     const auto state = static_cast<std::uint32_t>(platform::bluez::AdapterState());
     std::memcpy(in, &state, sizeof state);
