@@ -9,6 +9,7 @@ packages=(
   qt6-connectivity-dev libqt6svg6 libqt6opengl6-dev libxkbcommon-dev
   libboost-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xdotool python3 fonts-dejavu-core
+  openobex-apps  # obex_test, the OBEX server the transfer test pushes to
 )
 
 missing=()
