@@ -36,8 +36,9 @@ RfcommStream::RfcommStream(std::unique_ptr<QBluetoothSocket> connected, int time
 RfcommStream::~RfcommStream() = default;
 
 std::unique_ptr<RfcommStream> RfcommStream::Open(
-    const std::string& address, const std::function<void(QBluetoothSocket&, const QBluetoothAddress&)>& start,
-    int timeoutMs, std::string& error) {
+    const std::string& address,
+    const std::function<void(QBluetoothSocket&, const QBluetoothAddress&)>& start, int timeoutMs,
+    std::string& error) {
     const QBluetoothAddress peer(QString::fromStdString(address));
     if (peer.isNull()) {
         error = "\"" + address + "\" is not a Bluetooth address";
@@ -70,21 +71,23 @@ std::unique_ptr<RfcommStream> RfcommStream::ConnectService(const std::string& ad
         error = "not a service UUID";
         return nullptr;
     }
-    return Open(address,
-                [&](QBluetoothSocket& socket, const QBluetoothAddress& peer) {
-                    socket.connectToService(peer, uuid);
-                },
-                timeoutMs, error);
+    return Open(
+        address,
+        [&](QBluetoothSocket& socket, const QBluetoothAddress& peer) {
+            socket.connectToService(peer, uuid);
+        },
+        timeoutMs, error);
 }
 
 std::unique_ptr<RfcommStream> RfcommStream::ConnectChannel(const std::string& address,
                                                            std::uint8_t channel, int timeoutMs,
                                                            std::string& error) {
-    return Open(address,
-                [&](QBluetoothSocket& socket, const QBluetoothAddress& peer) {
-                    socket.connectToService(peer, channel);
-                },
-                timeoutMs, error);
+    return Open(
+        address,
+        [&](QBluetoothSocket& socket, const QBluetoothAddress& peer) {
+            socket.connectToService(peer, channel);
+        },
+        timeoutMs, error);
 }
 
 bool RfcommStream::WaitReadable(int timeoutMs) {

@@ -7,6 +7,7 @@ namespace obex {
 
 bool SocketStream::Write(const Bytes& bytes) {
     const auto size = static_cast<qint64>(bytes.size());
+    if (!device.isOpen()) return false;  // closed when the link dropped
     if (device.write(reinterpret_cast<const char*>(bytes.data()), size) != size) return false;
     const QDeadlineTimer deadline(writeTimeoutMs);
     while (device.bytesToWrite() > 0)

@@ -29,7 +29,8 @@ bool TcpStream::WaitReadable(int timeoutMs) {
 
 bool TcpStream::WaitWritten(int timeoutMs) {
     // Straight to the system when it has room: a poll first costs a round of its own.
-    return socket->flush() || socket->waitForBytesWritten(timeoutMs);
+    return socket->flush() || (socket->state() == QAbstractSocket::ConnectedState &&
+                               socket->waitForBytesWritten(timeoutMs));
 }
 
 }  // namespace obex
