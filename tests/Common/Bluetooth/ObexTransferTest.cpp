@@ -15,7 +15,6 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
-#include <cstring>
 #include <fstream>
 #include <random>
 
@@ -23,8 +22,6 @@
 #include "Common/Bluetooth/TcpStream.h"
 
 namespace {
-
-using obex::Bytes;
 
 bool Within(int ms, const std::function<bool()>& done) {
     for (int waited = 0; !done(); waited += 20, QThread::msleep(20))
@@ -35,8 +32,7 @@ bool Within(int ms, const std::function<bool()>& done) {
 // A network of the test's own where it may make one: port 650 is then free
 // of other servers on this machine and of an earlier run's connections.
 bool OwnNetwork() {
-    ifreq lo{};
-    std::memcpy(lo.ifr_name, "lo", 3);
+    ifreq lo{.ifr_ifrn = {.ifrn_name = "lo"}, .ifr_ifru = {}};
     const int fd = unshare(CLONE_NEWNET) == 0 ? socket(AF_INET, SOCK_DGRAM, 0) : -1;
     const bool up = fd >= 0 && ioctl(fd, SIOCGIFFLAGS, &lo) == 0 &&
                     (lo.ifr_flags |= IFF_UP, ioctl(fd, SIOCSIFFLAGS, &lo) == 0);
@@ -56,25 +52,16 @@ TEST(ObexTransfer, RealServerStoresEachFileByteForByte) {
     if (geteuid() != 0) GTEST_SKIP() << "obex_test serves on port 650, which needs root";
     ASSERT_TRUE(OwnNetwork() || Within(70000, [] { return !Port650Held(); })) << "650 in use";
     QTemporaryDir dir;
-    QProcess server;
+    QProcess server;  // killed by its destructor, pass or fail
     server.setWorkingDirectory(dir.path());
-    server.setProcessChannelMode(QProcess::MergedChannels);
     server.start("obex_test", {"-i"});
-    struct Stop {
-        QProcess& server;
-        ~Stop() { server.kill(), server.waitForFinished(5000); }
-    } stop{server};
     server.write("s\n");  // serve
     ASSERT_TRUE(server.waitForBytesWritten(5000)) << server.errorString().toStdString();
     const auto said = [&] { return server.waitForReadyRead(200), server.readAll().toStdString(); };
     std::string error;
+    const auto connect = [&] { return obex::TcpStream::Connect("127.0.0.1", 650, 5000, error); };
     std::unique_ptr<obex::TcpStream> stream;
-    ASSERT_TRUE(Within(5000,
-                       [&] {
-                           return (stream = obex::TcpStream::Connect("127.0.0.1", 650, 5000,
-                                                                     error)) != nullptr;
-                       }))
-        << error << said();
+    ASSERT_TRUE(Within(5000, [&] { return (stream = connect()) != nullptr; })) << error << said();
     obex::Session session(*stream, 5000);
     ASSERT_TRUE(session.Connect()) << session.Error();
     std::mt19937 random(7);
@@ -83,12 +70,11 @@ TEST(ObexTransfer, RealServerStoresEachFileByteForByte) {
         std::string content(size, '\0');
         for (char& byte : content) byte = static_cast<char>(random());
         ASSERT_TRUE(session.BeginPut(std::u16string(name.begin(), name.end()), size));
-        for (std::size_t at = 0; at < size; at += 4096)
-            ASSERT_TRUE(session.Write(reinterpret_cast<std::uint8_t*>(&content[at]),
-                                      std::min<std::size_t>(4096, size - at)));
-        ASSERT_TRUE(session.Commit()) << name << ": " << session.Error() << said();
-        std::ifstream file(dir.filePath(name.c_str()).toStdString(), std::ios::binary);
-        const std::string stored{std::istreambuf_iterator<char>(file), {}};  // none when empty
+        ASSERT_TRUE(session.Write(reinterpret_cast<std::uint8_t*>(content.data()), size) &&
+                    session.Commit())
+            << name << ": " << session.Error() << said();
+        std::ifstream file(dir.filePath(name.c_str()).toStdString(), std::ios::binary);  // or none
+        const std::string stored{std::istreambuf_iterator<char>(file), {}};
         EXPECT_TRUE(stored == content) << name << ": " << stored.size() << " bytes stored";
     }
     EXPECT_TRUE(session.Disconnect()) << session.Error();
@@ -109,16 +95,13 @@ TEST(TcpStream, SilentOrDroppingPeerEndsTheTransfer) {
     // Agrees to connect and to the file's first packet, then closes.
     QTcpSocket* peer = (listener.nextPendingConnection(), listener.nextPendingConnection());
     ASSERT_NE(peer, nullptr);
-    peer->write(
-        QByteArray::fromHex("a0000710002000"
-                            "900003"));
+    peer->write(QByteArray::fromHex("a0000710002000900003"));  // CONNECT agreed, Continue
     peer->waitForBytesWritten(2000), peer->close();
     obex::Session session(*stream, 5000);
     ASSERT_TRUE(session.Connect() && session.BeginPut(u"dropped", 1000000)) << session.Error();
-    const Bytes file(1000000, 0x5A);
-    EXPECT_FALSE(session.Write(file.data(), file.size()) && session.Commit());
+    EXPECT_FALSE(session.Write(obex::Bytes(1000000, 0x5A).data(), 1000000) && session.Commit());
     EXPECT_TRUE(session.Broken()) << session.Error();
-    EXPECT_FALSE(stream->Write(Bytes{0x81, 0x00, 0x03}));
+    EXPECT_FALSE(stream->Write(obex::Bytes{0x81, 0x00, 0x03}));
 
     listener.close();  // nobody listens there now
     EXPECT_EQ(obex::TcpStream::Connect("127.0.0.1", port, 2000, error), nullptr);
