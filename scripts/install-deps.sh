@@ -8,7 +8,9 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-tools-dev qt6-tools-dev-tools
   qt6-connectivity-dev libqt6svg6 libqt6opengl6-dev libxkbcommon-dev
   libboost-dev libgtest-dev libgmock-dev libbenchmark-dev
-  xvfb xauth xdotool python3 fonts-dejavu-core dbus-daemon python3-dbusmock
+  xvfb xauth xdotool python3 fonts-dejavu-core
+  dbus-daemon python3-dbusmock  # a private bus and a mock BlueZ for the discovery tests
+  openobex-apps  # obex_test, the OBEX server the transfer test pushes to
 )
 
 missing=()
