@@ -1,5 +1,6 @@
 #include "PowerMeter/PowerMeterApp.h"
 
+#include "Common/Bluetooth/StackService.h"
 #include "Common/Settings/AppConfig.h"
 #include "Common/Settings/CommonConfig.h"
 #include "Common/Settings/Logging.h"
@@ -9,6 +10,7 @@
 #include "Platform/TerminationRequest.h"
 #include "Platform/WideText.h"
 #include "Platform/WindowMessages.h"
+#include "PowerMeter/Devices/ModuleDll.h"
 #include "PowerMeter/Devices/PowerMeterDeviceManager.h"
 #include "PowerMeter/PowerMeter.h"
 #include "PowerMeter/Results/AutoSave.h"
@@ -41,9 +43,12 @@ CPowerMeterApp::CPowerMeterApp(int& argc, char** argv)
     logFile = std::make_unique<TLogFile>(logPath.c_str(), 1, 0);
     logFile->SetLevels(-1);
     SetLogFile(logFile.get());
+    // The sender's readiness test is the module area's driver probe.
+    obex::SetServiceFactory([] { return obex::MakeStackService(BthGetHardwareStatus); });
 }
 
 CPowerMeterApp::~CPowerMeterApp() {
+    obex::SetServiceFactory(nullptr);
     ResetAutoSave();
     SetLogFile(nullptr);
     logFile.reset();

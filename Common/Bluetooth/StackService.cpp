@@ -1,6 +1,11 @@
 #include "Common/Bluetooth/StackService.h"
 
+#include <QHostAddress>
+#include <QString>
+
+#include "Common/Bluetooth/RfcommStream.h"
 #include "Common/Bluetooth/SessionDevice.h"
+#include "Common/Bluetooth/TcpStream.h"
 
 namespace obex {
 
@@ -74,6 +79,78 @@ std::unique_ptr<Device> StackService::BindToDevice(const PropertyBagPtr& device)
 
 DWORD StackService::HardwareStatus(int* state) {
     return status ? status(state) : static_cast<DWORD>(ERROR_SERVICE_NOT_ACTIVE);
+}
+
+namespace {
+// "host:port", "[v6]:port" or a bare host; the port, when the text names one.
+std::pair<QString, std::optional<int>> SplitHostPort(const QString& text) {
+    if (!QHostAddress(text).isNull()) return {text, std::nullopt};  // a bare IPv6 address
+    const int colon = text.lastIndexOf(':');
+    bool ok = false;
+    const int port = colon > 0 ? text.mid(colon + 1).toInt(&ok) : 0;
+    if (!ok || port < 1 || port > 65535) return {text, std::nullopt};
+    QString host = text.left(colon);
+    if (host.startsWith('[') && host.endsWith(']')) host = host.mid(1, host.size() - 2);
+    return {host, port};
+}
+
+std::optional<int> IntegerOf(const std::optional<Property>& value) {
+    if (!value) return std::nullopt;
+    if (const auto* number = std::get_if<std::int32_t>(&*value)) return *number;
+    bool ok = false;
+    const int number = QString::fromStdWString(std::get<std::wstring>(*value)).toInt(&ok);
+    return ok ? std::optional<int>(number) : std::nullopt;
+}
+
+QString TextOf(const Property& value) {
+    if (const auto* number = std::get_if<std::int32_t>(&value))
+        return QHostAddress(static_cast<quint32>(*number)).toString();
+    return QString::fromStdWString(std::get<std::wstring>(value));
+}
+}  // namespace
+
+std::unique_ptr<ByteStream> ConnectTransport(const PropertyBag& device, int timeoutMs,
+                                             std::string& error) {
+    const std::optional<std::wstring> transport = device.Text(L"Transport");
+    const std::optional<Property> address = device.Read(L"Address");
+    if (!transport || !address) {
+        error = "the device names no transport or address";
+        return nullptr;
+    }
+    const std::optional<int> port = IntegerOf(device.Read(L"Port"));
+    if (*transport == kTcpTransport) {
+        const auto [host, addressPort] = SplitHostPort(TextOf(*address));
+        const int tcpPort = addressPort.value_or(port.value_or(kObexTcpPort));
+        if (tcpPort < 1 || tcpPort > 65535) {
+            error = "port " + std::to_string(tcpPort) + " is out of range";
+            return nullptr;
+        }
+        return TcpStream::Connect(host.toStdString(), static_cast<std::uint16_t>(tcpPort),
+                                  timeoutMs, error);
+    }
+    if (*transport == kBluetoothTransport) {
+        const std::string radio = TextOf(*address).toStdString();
+        if (port && *port >= 1 && *port <= 30)
+            return RfcommStream::ConnectChannel(radio, static_cast<std::uint8_t>(*port), timeoutMs,
+                                                error);
+        return RfcommStream::ConnectService(radio, kObjectPushUuid, timeoutMs, error);
+    }
+    error = "unknown transport " + QString::fromStdWString(*transport).toStdString();
+    return nullptr;
+}
+
+std::unique_ptr<Service> MakeStackService(StackService::StatusQuery status) {
+    constexpr int kTimeoutMs = 10000;
+    return std::make_unique<StackService>(
+        [] {
+            std::unique_ptr<DeviceDiscovery> peers = NetworkPeerDiscovery();
+            return peers != nullptr ? std::move(peers) : BluezDiscovery();
+        },
+        std::move(status),
+        [](const PropertyBag& device, std::string& error) {
+            return ConnectTransport(device, kTimeoutMs, error);
+        },
+        kTimeoutMs);
 }
 
 }  // namespace obex
