@@ -23,8 +23,10 @@ public:
 
 class Session {
 public:
-    // The largest packet we send or accept.
-    static constexpr std::uint16_t kOurMaxPacket = 0x2000;
+    // The largest packet we send or accept. Every packet waits for its
+    // reply, so the size sets the throughput: 60 KB is within 2x of the raw
+    // link on loopback, where 8 KB was 8x.
+    static constexpr std::uint16_t kOurMaxPacket = 0xF000;
 
     explicit Session(ByteStream& stream, int timeoutMs = 10000)
         : stream(stream), timeoutMs(timeoutMs) {}
