@@ -63,8 +63,8 @@ constexpr int kListFontHeight = 14;
 constexpr int kListFontWeight = 400;
 
 constexpr const char* kListStyle = R"(
-QListWidget { font-weight: bold; color: #000000; background: #ffffff; }
-QListWidget::item { min-height: 40px; padding-left: 6px; }
+QListWidget { color: #000000; background: #ffffff; }
+QListWidget::item { min-height: 40px; }
 QListWidget::item:selected { background: #0a2f6b; color: #ffffff; }
 )";
 

@@ -2,6 +2,9 @@
 
 #include <QLabel>
 
+#include "Common/Bluetooth/SendFileViaBlueTooth.h"
+#include "Common/Toolkit/MessageBoxEx.h"
+#include "Common/Toolkit/SubmenuDialog.h"
 #include "PowerMeter/Results/OPMDocument.h"
 #include "PowerMeter/Screens/OPMFileSystemDialog.h"
 #include "ScreenTestSupport.h"
@@ -36,7 +39,7 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
         file.open(QIODevice::WriteOnly), file.write(text);
     }
     const QString a = "2015/a.txt=2015-2-15/2015-2-15\nsize 1\n1310 Ref -10.34\n ",
-                  en = "Save Open Storage Close ", bad = "bad.txt=Error to load file ",
+                  en = "Save Open More Close ", bad = "bad.txt=Error to load file ",
                   two = "=2015-2-15/2015-2-15\nsize 2\n1310 Ref -10.34\n1310 Ref -10.34\n ",
                   ask = "DO YOU REALLY WANT TO OPEN FILE?UNSAVED DATA WILL BE LOST! ";
     using Row = std::tuple<const char*, const char*, const char*, QString>;
@@ -44,7 +47,7 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
          {Row{"english", "2015/a.txt", "? /2015/a.txt /2015 /bad.txt ? !F3 F3",
               en + "built " + a + "built " + bad + "2 0"},
           Row{"german", "bad.txt", "? /2015/a.txt ?",
-              "Speichern Öffnen Speicher Schließen built " + bad + "built " + a + "2 0"},
+              "Speichern Öffnen Mehr Schließen built " + bad + "built " + a + "2 0"},
           Row{"english", "2015/gone.txt", "? /2015/empty !Return F1 ? /bad.txt ? !Return F1 ?",
               en + "2015= File name built 2015/empty/temp.txt" + two + "built " + bad +
                   "File name built temp.txt" + two + "2 0"},
@@ -88,6 +91,65 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
         EXPECT_EQ(d.notes.join(' ').remove(dir.path() + '/'), notes);
     }
     SetOPMDocument(nullptr);
+}
+
+// A stack that only tells its hardware state.
+struct Stack : obex::Service {
+    explicit Stack(int state) : state(state) {}
+    bool Initialize() override { return true; }
+    bool Advise(std::shared_ptr<obex::Sink>) override { return true; }
+    void Unadvise() override {}
+    bool StartDeviceEnum() override { return true; }
+    void StopDeviceEnum() override {}
+    std::unique_ptr<obex::Device> BindToDevice(const obex::PropertyBagPtr&) override { return nullptr; }
+    DWORD HardwareStatus(int* now) override { return *now = state, ERROR_SUCCESS; }
+    int state;
+};
+
+// F3's column keeps Storage and adds Send, which checks the hardware and
+// hands the marked files (or the current one) to the sender.
+TEST_F(FileDialog, SendsTheMarkedFilesFromTheColumnOfF3) {
+    ScopedLanguagePack pack{"english"};
+    const QDir dir(CFileSystemBrowser::DataFolder());
+    for (const char* name : {"x1.txt", "x2.txt"}) QFile(dir.filePath(name)).open(QIODevice::WriteOnly);
+    int state = obex::kStateRunning;
+    obex::SetServiceFactory([&] { return std::make_unique<Stack>(state); });
+    QStringList notes;
+    for (const auto& [marks, choice, hardware] : {std::tuple{"", "Down", 3}, {"Space x2 Space", "Down", 3},
+                                                   {"", "Down", 4}, {"", "", 3}}) {
+        state = hardware;
+        COPMFileSystemDialog d;
+        d.Create(), d.show();
+        d.SelectPath(dir.filePath("x1.txt"));
+        ASSERT_TRUE(toolkittest::WaitUntil([&] { return d.CurrentPath().endsWith("x1.txt"); }));
+        for (const QString& key : QString(marks).split(' ', Qt::SkipEmptyParts))
+            key == "x2" ? void(d.SelectPath(dir.filePath("x2.txt"))) : QTest::keyClick(&d, screentest::Key(key));
+        toolkittest::WhenShown<CSubmenuDialog>("the column of F3", [&](CSubmenuDialog* column) {
+            notes << column->GetKey(0)->Caption() + '/' + column->GetKey(1)->Caption();
+            screenshot::Save("files-send-key", &d, {column});
+            if (*choice) QTest::keyClick(column, screentest::Key(choice));
+            QTest::keyClick(column, Qt::Key_Return);
+            if (!*choice)
+                toolkittest::WhenShown<CSubmenuDialog>("the storage column", [&](CSubmenuDialog* places) {
+                    notes << places->GetKey(0)->Caption();
+                    QTest::keyClick(places, Qt::Key_Escape);
+                }, column);
+            else if (hardware == 3)
+                toolkittest::WhenShown<CSendFileViaBlueTooth>("the sender", [&](CSendFileViaBlueTooth* sender) {
+                    notes << QString::fromStdWString(sender->filePath) + '[';
+                    for (const std::wstring& path : sender->filePaths) notes.last() += QString::fromStdWString(path) + ']';
+                    sender->reject();
+                });
+            else
+                toolkittest::WhenShown<CMessageBoxEx>("the not-ready box", [&](CMessageBoxEx* box) {
+                    notes << box->findChild<QLabel*>("1192")->text(), box->reject();
+                });
+        });
+        QTest::keyClick(&d, Qt::Key_F3);
+    }
+    obex::SetServiceFactory(nullptr);
+    EXPECT_EQ(notes.join(' ').remove(dir.path() + '/'), "Storage/Send x1.txt[ Storage/Send [x1.txt]x2.txt] "
+              "Storage/Send Device not present or not ready Storage/Send Flash");
 }
 
 }  // namespace
