@@ -231,11 +231,11 @@ void CSendFileViaBlueTooth::ListLastDevice() {
         std::wstring value;
         std::wstring type;
         if (!settings.GetRegKeyValue(settings.KeyPath(), remembered.setting, value)) return;
-        settings.GetRegKeyValue(settings.KeyPath(),
-                                std::wstring(remembered.setting) + kTypeSuffix, type);
+        settings.GetRegKeyValue(settings.KeyPath(), std::wstring(remembered.setting) + kTypeSuffix,
+                                type);
         if (type == kNumberType)
-            device->Write(remembered.property, static_cast<std::int32_t>(std::wcstol(
-                                                   value.c_str(), nullptr, 10)));
+            device->Write(remembered.property,
+                          static_cast<std::int32_t>(std::wcstol(value.c_str(), nullptr, 10)));
         else
             device->Write(remembered.property, value);
     }
@@ -412,8 +412,7 @@ bool CSendFileViaBlueTooth::SendFile(const std::wstring& path, bool connectFirst
         ShowError(copied);
         return false;
     }
-    const obex::HeaderCollection headers{BaseName(copied),
-                                         static_cast<std::uint32_t>(file.size())};
+    const obex::HeaderCollection headers{BaseName(copied), static_cast<std::uint32_t>(file.size())};
     std::unique_ptr<obex::PutStream> stream;
     if (boundDevice && (!connectFirst || boundDevice->Connect(headers)))
         stream = boundDevice->Put(headers);

@@ -2,6 +2,7 @@
 
 #include <QLabel>
 
+#include "Common/Bluetooth/ScriptedObexService.h"
 #include "Common/Bluetooth/SendFileViaBlueTooth.h"
 #include "Common/Toolkit/MessageBoxEx.h"
 #include "Common/Toolkit/SubmenuDialog.h"
@@ -93,63 +94,52 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
     SetOPMDocument(nullptr);
 }
 
-// A stack that only tells its hardware state.
-struct Stack : obex::Service {
-    explicit Stack(int state) : state(state) {}
-    bool Initialize() override { return true; }
-    bool Advise(std::shared_ptr<obex::Sink>) override { return true; }
-    void Unadvise() override {}
-    bool StartDeviceEnum() override { return true; }
-    void StopDeviceEnum() override {}
-    std::unique_ptr<obex::Device> BindToDevice(const obex::PropertyBagPtr&) override { return nullptr; }
-    DWORD HardwareStatus(int* now) override { return *now = state, ERROR_SUCCESS; }
-    int state;
-};
-
-// F3's column keeps Storage and adds Send, which checks the hardware and
-// hands the marked files (or the current one) to the sender.
+// F3's column keeps Storage and adds Send, which hands the marked files (or
+// the current one) to the sender.
 TEST_F(FileDialog, SendsTheMarkedFilesFromTheColumnOfF3) {
     ScopedLanguagePack pack{"english"};
     const QDir dir(CFileSystemBrowser::DataFolder());
-    for (const char* name : {"x1.txt", "x2.txt"}) QFile(dir.filePath(name)).open(QIODevice::WriteOnly);
-    int state = obex::kStateRunning;
-    obex::SetServiceFactory([&] { return std::make_unique<Stack>(state); });
+    for (const char* name : {"x1.txt", "x2.txt"})
+        QFile(dir.filePath(name)).open(QIODevice::WriteOnly);
+    obextest::Script script;
+    obextest::Install(script);
     QStringList notes;
-    for (const auto& [marks, choice, hardware] : {std::tuple{"", "Down", 3}, {"Space x2 Space", "Down", 3},
-                                                   {"", "Down", 4}, {"", "", 3}}) {
-        state = hardware;
+    for (const auto& [marks, send] :
+         {std::tuple{"", true}, {"Space x2 Space", true}, {"", false}}) {
         COPMFileSystemDialog d;
-        d.Create(), d.show();
-        d.SelectPath(dir.filePath("x1.txt"));
+        d.Create(), d.show(), d.SelectPath(dir.filePath("x1.txt"));
         ASSERT_TRUE(toolkittest::WaitUntil([&] { return d.CurrentPath().endsWith("x1.txt"); }));
         for (const QString& key : QString(marks).split(' ', Qt::SkipEmptyParts))
-            key == "x2" ? void(d.SelectPath(dir.filePath("x2.txt"))) : QTest::keyClick(&d, screentest::Key(key));
+            key == "x2" ? void(d.SelectPath(dir.filePath("x2.txt")))
+                        : QTest::keyClick(&d, screentest::Key(key));
         toolkittest::WhenShown<CSubmenuDialog>("the column of F3", [&](CSubmenuDialog* column) {
             notes << column->GetKey(0)->Caption() + '/' + column->GetKey(1)->Caption();
             screenshot::Save("files-send-key", &d, {column});
-            if (*choice) QTest::keyClick(column, screentest::Key(choice));
+            if (send) QTest::keyClick(column, Qt::Key_Down);
             QTest::keyClick(column, Qt::Key_Return);
-            if (!*choice)
-                toolkittest::WhenShown<CSubmenuDialog>("the storage column", [&](CSubmenuDialog* places) {
-                    notes << places->GetKey(0)->Caption();
-                    QTest::keyClick(places, Qt::Key_Escape);
-                }, column);
-            else if (hardware == 3)
-                toolkittest::WhenShown<CSendFileViaBlueTooth>("the sender", [&](CSendFileViaBlueTooth* sender) {
-                    notes << QString::fromStdWString(sender->filePath) + '[';
-                    for (const std::wstring& path : sender->filePaths) notes.last() += QString::fromStdWString(path) + ']';
-                    sender->reject();
-                });
-            else
-                toolkittest::WhenShown<CMessageBoxEx>("the not-ready box", [&](CMessageBoxEx* box) {
-                    notes << box->findChild<QLabel*>("1192")->text(), box->reject();
-                });
+            if (!send) {
+                toolkittest::WhenShown<CSubmenuDialog>(
+                    "the places",
+                    [&](CSubmenuDialog* places) {
+                        notes << places->GetKey(0)->Caption(),
+                            QTest::keyClick(places, Qt::Key_Escape);
+                    },
+                    column);
+            } else {
+                toolkittest::WhenShown<CSendFileViaBlueTooth>(
+                    "the sender", [&](CSendFileViaBlueTooth* sender) {
+                        notes << QString::fromStdWString(sender->filePath) +
+                                     QString::number(sender->filePaths.size());
+                        sender->reject();
+                    });
+            }
         });
         QTest::keyClick(&d, Qt::Key_F3);
     }
     obex::SetServiceFactory(nullptr);
-    EXPECT_EQ(notes.join(' ').remove(dir.path() + '/'), "Storage/Send x1.txt[ Storage/Send [x1.txt]x2.txt] "
-              "Storage/Send Device not present or not ready Storage/Send Flash");
+    EXPECT_EQ(script.calls, L" status status");  // the hardware is asked before each send
+    EXPECT_EQ(notes.join(' ').remove(dir.path() + '/'),
+              "Storage/Send x1.txt0 Storage/Send 2 Storage/Send Flash");
 }
 
 }  // namespace
