@@ -3,8 +3,6 @@
 // script says and notes every call the sender makes in it.
 
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "Common/Bluetooth/ObexService.h"
 
@@ -13,24 +11,16 @@ namespace obextest {
 struct Script {
     bool service = true, init = true, bind = true, connect = true, put = true;
     int state = obex::kStateRunning, failingWrite = -1, writes = 0;
-    // Reported from a thread of the service's own once the search starts.
-    std::vector<std::pair<int, obex::PropertyBagPtr>> found{};
     std::shared_ptr<obex::Sink> sink{};
     std::wstring calls{};
 };
 
 struct ScriptedObex : obex::Service, obex::Device, obex::PutStream {
     explicit ScriptedObex(Script& s) : s(s) {}
-    ~ScriptedObex() override { Unadvise(); }
     bool Initialize() override { return s.init; }
     bool Advise(std::shared_ptr<obex::Sink> sink) override { return s.sink = sink, true; }
-    void Unadvise() override { finder.joinable() ? finder.join() : void(); }
-    bool StartDeviceEnum() override {
-        finder = std::thread([sink = s.sink, found = s.found] {
-            for (const auto& [event, device] : found) sink->Notify(event, device);
-        });
-        return true;
-    }
+    void Unadvise() override {}
+    bool StartDeviceEnum() override { return true; }
     void StopDeviceEnum() override {}
     std::unique_ptr<obex::Device> BindToDevice(const obex::PropertyBagPtr& device) override {
         s.calls += L" bind " + device->Text(L"Name").value_or(L"");
@@ -55,7 +45,6 @@ struct ScriptedObex : obex::Service, obex::Device, obex::PutStream {
     }
 
     Script& s;
-    std::thread finder;
 };
 
 inline void Install(Script& s) {
