@@ -28,6 +28,8 @@ public:
     bool GetRegKeyValue(const std::wstring& key, const std::wstring& valueName, std::wstring& text);
 
     std::wstring GetString(const std::wstring& valueName, const std::wstring& defaultValue);
+    // The key the store reads and writes, for callers of SetRegKeyValue.
+    const std::wstring& KeyPath() const { return applicationSpecicKey; }
 
     // For bool, int, unsigned and std::wstring. Empty when the value is
     // missing; a text that does not parse reads as 0 (false).

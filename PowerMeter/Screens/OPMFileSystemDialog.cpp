@@ -4,9 +4,13 @@
 #include <QLabel>
 #include <boost/property_tree/exceptions.hpp>
 
+#include "Common/Bluetooth/SendFileViaBlueTooth.h"
 #include "Common/Settings/AppConfig.h"
 #include "Common/Toolkit/FontCreator.h"
 #include "Common/Toolkit/MessageBoxEx.h"
+#include "Common/Toolkit/SubmenuDialog.h"
+#include "Common/Toolkit/VirtualKeys.h"
+#include "Common/Utilities/LanguageResources.h"
 #include "PowerMeter/PowerMeter.h"
 #include "PowerMeter/Results/OPMDocument.h"
 #include "PowerMeter/Results/ResultFile.h"
@@ -16,6 +20,9 @@ namespace {
 constexpr const wchar_t* kPreviewError = L"Error to load file";
 constexpr const wchar_t* kNoFiles = L"No files";
 constexpr const wchar_t* kErrorTitle = L"Error";
+
+// The slot of the column with Storage and Send.
+constexpr unsigned kMoreSlot = 2;
 
 // Fourteen lines (two dates, the count and twelve results) fill the box.
 constexpr int kPreviewFontHeight = 12;
@@ -32,14 +39,39 @@ bool COPMFileSystemDialog::OnInitDialog() {
     if (QWidget* preview = GetDlgItem(IDC_PREVIEW)) preview->setFont(previewFont);
     OnMenuCommand(ID_SAVE, [this] { Save(); });
     OnMenuCommand(ID_OPEN, [this] { Open(CurrentPath()); });
+    OnMenuCommand(ID_MORE, [this] { OnMore(); });
     SelectLastSaved();
     return result;
 }
 
-// Sending waits for the Bluetooth sender; until then the dialog has no such key.
 std::vector<CMenuKey*> COPMFileSystemDialog::GetMenuKeys() {
-    return {CreateTextKey(ID_SAVE, IDS_SAVE), CreateTextKey(ID_OPEN, IDS_OPEN), StorageKey(),
+    moreKey = CreateTextKey(ID_MORE, IDS_MORE);
+    return {CreateTextKey(ID_SAVE, IDS_SAVE), CreateTextKey(ID_OPEN, IDS_OPEN), moreKey,
             CloseKey()};
+}
+
+// The chosen command runs as the browser's own key in the column's slot, so
+// that the storage column opens from where this one did.
+void COPMFileSystemDialog::OnMore() {
+    CSubmenuDialog column(moreKey, VK_F1 + kMoreSlot, this);
+    column.AddKey(ID_STORAGE, ResourceString(IDS_STORAGE));
+    column.AddKey(ID_SEND, ResourceString(IDS_SEND));
+    if (column.Show() != IDOK) return;
+    CMenuKey* chosen = column.GetSelectedId() == ID_SEND ? SendKey() : StorageKey();
+    GetMenuCtrl().ReplaceKey(moreKey, chosen);
+    GetMenuCtrl().PressKey(kMoreSlot);
+    GetMenuCtrl().ReplaceKey(chosen, moreKey);
+}
+
+void COPMFileSystemDialog::OnSendFiles(const std::vector<QString>& files) {
+    if (!CSendFileViaBlueTooth::CheckBluetoothReady(this)) return;
+    CSendFileViaBlueTooth sender(AppConfig(), this);
+    if (files.size() == 1) {
+        sender.filePath = files.front().toStdWString();
+    } else {
+        for (const QString& file : files) sender.filePaths.push_back(file.toStdWString());
+    }
+    sender.DoModal();
 }
 
 // The saved file, or its folder when the file has gone; a place that is no

@@ -3,8 +3,9 @@
 // document's save and open commands and, beside the tree, a preview of the
 // current file. Save asks for a name and writes the results into the current
 // folder; Open (or Enter on a file) loads the file and closes the dialog with
-// IDOK so that the caller refreshes its views. It opens on the file saved
-// last.
+// IDOK so that the caller refreshes its views. F3 opens a column with the
+// browser's Storage and Send; Send hands the marked files (or the current
+// one) to the Bluetooth sender. It opens on the file saved last.
 
 #include <QFont>
 #include <QString>
@@ -21,8 +22,10 @@ public:
     static constexpr int IDC_PREVIEW_CAPTION = 1503;
     static constexpr UINT ID_SAVE = 1561;
     static constexpr UINT ID_OPEN = 1562;
+    static constexpr UINT ID_MORE = 1563;
     static constexpr UINT IDS_SAVE = 61420;
     static constexpr UINT IDS_OPEN = 61421;
+    static constexpr UINT IDS_MORE = 61422;
     // Not the screen's status timer 304.
     static constexpr UINT kPreviewTimerId = 305;
     // Long enough that holding an arrow through a folder reads no file.
@@ -37,6 +40,7 @@ protected:
     void OnTimer(UINT timerId) override;
     void OnCurrentChanged(const QString& path) override;
     void OnFileActivated(const QString& path) override;
+    void OnSendFiles(const std::vector<QString>& files) override;
 
     // The preview text of the file; false when it can't be shown.
     virtual bool MakePreview(const QString& path, std::wstring& text);
@@ -47,6 +51,8 @@ private:
     void ShowPreview();
     void SelectLastSaved();
     void ShowError(const char* what);
+    void OnMore();
 
     QFont previewFont;
+    CMenuKey* moreKey = nullptr;
 };

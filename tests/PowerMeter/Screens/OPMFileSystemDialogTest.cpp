@@ -2,6 +2,10 @@
 
 #include <QLabel>
 
+#include "Common/Bluetooth/ScriptedObexService.h"
+#include "Common/Bluetooth/SendFileViaBlueTooth.h"
+#include "Common/Toolkit/MessageBoxEx.h"
+#include "Common/Toolkit/SubmenuDialog.h"
 #include "PowerMeter/Results/OPMDocument.h"
 #include "PowerMeter/Screens/OPMFileSystemDialog.h"
 #include "ScreenTestSupport.h"
@@ -36,7 +40,7 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
         file.open(QIODevice::WriteOnly), file.write(text);
     }
     const QString a = "2015/a.txt=2015-2-15/2015-2-15\nsize 1\n1310 Ref -10.34\n ",
-                  en = "Save Open Storage Close ", bad = "bad.txt=Error to load file ",
+                  en = "Save Open More Close ", bad = "bad.txt=Error to load file ",
                   two = "=2015-2-15/2015-2-15\nsize 2\n1310 Ref -10.34\n1310 Ref -10.34\n ",
                   ask = "DO YOU REALLY WANT TO OPEN FILE?UNSAVED DATA WILL BE LOST! ";
     using Row = std::tuple<const char*, const char*, const char*, QString>;
@@ -44,7 +48,7 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
          {Row{"english", "2015/a.txt", "? /2015/a.txt /2015 /bad.txt ? !F3 F3",
               en + "built " + a + "built " + bad + "2 0"},
           Row{"german", "bad.txt", "? /2015/a.txt ?",
-              "Speichern Öffnen Speicher Schließen built " + bad + "built " + a + "2 0"},
+              "Speichern Öffnen Mehr Schließen built " + bad + "built " + a + "2 0"},
           Row{"english", "2015/gone.txt", "? /2015/empty !Return F1 ? /bad.txt ? !Return F1 ?",
               en + "2015= File name built 2015/empty/temp.txt" + two + "built " + bad +
                   "File name built temp.txt" + two + "2 0"},
@@ -88,6 +92,38 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
         EXPECT_EQ(d.notes.join(' ').remove(dir.path() + '/'), notes);
     }
     SetOPMDocument(nullptr);
+}
+
+// F3's column holds Storage and Send; Send asks whether the hardware is
+// ready and hands the marked files to the sender.
+TEST_F(FileDialog, SendsTheMarkedFilesFromTheColumnOfF3) {
+    ScopedLanguagePack pack{"english"};
+    const QDir dir(CFileSystemBrowser::DataFolder());
+    for (const char* name : {"x1.txt", "x2.txt"})
+        QFile(dir.filePath(name)).open(QIODevice::WriteOnly);
+    obextest::Script script;
+    obextest::Install(script);
+    COPMFileSystemDialog d;
+    d.Create(), d.show(), d.SelectPath(dir.filePath("x1.txt"));
+    ASSERT_TRUE(toolkittest::WaitUntil([&] { return d.CurrentPath().endsWith("x1.txt"); }));
+    QTest::keyClick(&d, Qt::Key_Space), d.SelectPath(dir.filePath("x2.txt"));
+    QTest::keyClick(&d, Qt::Key_Space);
+    QStringList notes;
+    toolkittest::WhenShown<CSubmenuDialog>("the column of F3", [&](CSubmenuDialog* column) {
+        notes << column->GetKey(0)->Caption() << column->GetKey(1)->Caption();
+        screenshot::Save("files-send-key", &d, {column});
+        QTest::keyClick(column, Qt::Key_Down), QTest::keyClick(column, Qt::Key_Return);
+        toolkittest::WhenShown<CSendFileViaBlueTooth>(
+            "the sender", [&](CSendFileViaBlueTooth* sender) {
+                for (const std::wstring& path : sender->filePaths)
+                    notes << QString::fromStdWString(path);
+                sender->reject();
+            });
+    });
+    QTest::keyClick(&d, Qt::Key_F3);
+    obex::SetServiceFactory(nullptr);
+    EXPECT_EQ(script.calls, L" status");
+    EXPECT_EQ(notes.join(' ').remove(dir.path() + '/'), "Storage Send x1.txt x2.txt");
 }
 
 }  // namespace
