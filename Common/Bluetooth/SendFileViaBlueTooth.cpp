@@ -15,6 +15,7 @@
 #include "Common/Toolkit/ProcessingDialog.h"
 #include "Common/Toolkit/TextMenuKey.h"
 #include "Common/Utilities/LanguageResources.h"
+#include "Platform/DebugOutput.h"
 #include "Platform/FatalError.h"
 #include "Platform/Registry.h"
 
@@ -287,6 +288,7 @@ void CSendFileViaBlueTooth::OnObexEvent(int event, const obex::PropertyBagPtr& p
         item->setData(Qt::UserRole, QVariant::fromValue(quintptr(propertyBag.get())));
         devices.push_front(propertyBag);
         deviceList->addItem(item);
+        TraceEntry(deviceList->count() - 1);
     } else if (event == obex::kDeviceChanged && propertyBag->Read(kAddress)) {
         const int row = RowOf(propertyBag.get());
         if (row < 0) return;
@@ -298,7 +300,18 @@ void CSendFileViaBlueTooth::OnObexEvent(int event, const obex::PropertyBagPtr& p
         item->setData(Qt::UserRole, QVariant::fromValue(quintptr(propertyBag.get())));
         deviceList->insertItem(row, item);
         deviceList->setCurrentRow(current);
+        TraceEntry(row);
     }
+}
+
+// What the list shows, for a run driven from outside (OPM_TRACE).
+void CSendFileViaBlueTooth::TraceEntry(int row) const {
+    platform::Trace(QStringLiteral("listed %1/%2: %3 %4")
+                        .arg(IDD)
+                        .arg(IDC_DEVICE_LIST)
+                        .arg(row)
+                        .arg(deviceList->item(row)->text())
+                        .toStdWString());
 }
 
 int CSendFileViaBlueTooth::RowOf(const obex::PropertyBag* device) const {

@@ -92,6 +92,7 @@ private:
     void ForgetDevices();
     obex::PropertyBagPtr DeviceAt(int row) const;
     int RowOf(const obex::PropertyBag* device) const;
+    void TraceEntry(int row) const;
     void RefreshKeys();
     void ShowError(const std::wstring& text);
 

@@ -9,6 +9,7 @@
 #include "Common/Toolkit/FontCreator.h"
 #include "Common/Toolkit/MessageLayout.h"
 #include "Common/Utilities/LanguageResources.h"
+#include "Platform/DebugOutput.h"
 #include "Platform/FatalError.h"
 
 namespace {
@@ -46,6 +47,7 @@ CMessageBoxEx::~CMessageBoxEx() {
 }
 
 int CMessageBoxEx::DoModal() {
+    platform::Trace(L"box " + title + L": " + text);
     return exec() == QDialog::Accepted ? IDOK : IDCANCEL;
 }
 
