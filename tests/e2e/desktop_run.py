@@ -61,36 +61,18 @@ def quit_program(program, keys):
         fail(f"exit code {code} after quit")
 
 
-class ObexServer:
-    """obex_test -i: serves OBEX over TCP on port 650, one session per 's'
-    typed, and keeps what it receives in its working directory."""
-
-    def __init__(self):
-        self.directory = tempfile.mkdtemp(prefix="opm-obex-")
-        self.process = subprocess.Popen(["obex_test", "-i"], cwd=self.directory, text=True,
-                                        stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
-                                        stderr=subprocess.DEVNULL)
-        self.process.stdin.write("s\n")
-        self.process.stdin.flush()
-
-    def received(self, name, limit=LIMIT_S):
-        path = os.path.join(self.directory, name)
-        deadline = time.monotonic() + limit
-        while not os.path.exists(path) and time.monotonic() < deadline:
-            time.sleep(0.2)
-        if not os.path.exists(path):
-            fail(f"the OBEX server received no {name}")
-        data = open(path, "rb").read()
-        os.remove(path)
-        return data
-
-    def close(self):
-        self.process.kill()
-        self.process.wait()
-        shutil.rmtree(self.directory, ignore_errors=True)
+def obex_server(image):
+    """obex_test -i: one OBEX session over TCP on port 650 once 's' is typed;
+    what it receives lands in its working directory."""
+    directory = tempfile.mkdtemp(prefix="obex-", dir=image)  # goes with the image
+    server = subprocess.Popen(["obex_test", "-i"], cwd=directory, text=True, stdin=subprocess.PIPE,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    server.stdin.write("s\n")
+    server.stdin.flush()
+    return server, directory
 
 
-def send_saved_file(image, wait_for, keys, server, remembered):
+def send_saved_file(image, wait_for, keys, directory, remembered):
     """From the result files, the current file to the bench's peer."""
     keys("F3", "Down", "Return")  # the column of F3: Storage, Send
     if remembered:  # listed and chosen at open, before any search
@@ -100,9 +82,13 @@ def send_saved_file(image, wait_for, keys, server, remembered):
         wait_for(r"^listed 397/1601: 0 Lab <Ready:YES>$", "the bench's peer found")
         keys("Down")
     keys("F2")
-    sent = server.received("nord1.txt")
-    if sent != open(image + "/data/nord1.txt", "rb").read():
-        fail(f"the server received {len(sent)} bytes that differ from the saved file")
+    received = os.path.join(directory, "nord1.txt")
+    deadline = time.monotonic() + LIMIT_S
+    while not os.path.exists(received) and time.monotonic() < deadline:
+        time.sleep(0.2)
+    if not os.path.exists(received) or open(received, "rb").read() != open(
+            image + "/data/nord1.txt", "rb").read():
+        fail("the OBEX server did not receive the saved file byte for byte")
     keys("F4")  # back to the result files
 
 
@@ -130,10 +116,10 @@ def inside(image, bluetooth):
     results = json.load(open(image + "/data/nord1.txt", encoding="utf-8"))["OLTS"]
     if [r["WaveLen"] for r in results] != ["1550"] * 3 or results[2]["Desc"] != DESCRIPTION:
         fail(f"the saved file holds {results}")
-    server = ObexServer() if bluetooth else None
+    server, directory = obex_server(image) if bluetooth else (None, None)
     try:
         if server:
-            send_saved_file(image, wait_for, keys, server, remembered=False)
+            send_saved_file(image, wait_for, keys, directory, remembered=False)
         keys("F4", "Escape")
         keys("Return", "F2", "Right", "Return")  # parameters: recording on, 10 s; the menu is back
         keys("F1")  # start recording
@@ -152,13 +138,13 @@ def inside(image, bluetooth):
                 fail("the peer sent to was not remembered")
             # obex_test serves one session per bind, and its port stays held for a
             # minute after it closed first: a network of its own again.
-            server.close()
+            server.kill()
             own_network()
-            server = ObexServer()
+            server, directory = obex_server(image)
             program, wait_for, keys, shown = start(image)
             keys("Return", "F3", "Down", "Return")
             wait_for(r"^shown 396/1010: ", "the result files")
-            send_saved_file(image, wait_for, keys, server, remembered=True)
+            send_saved_file(image, wait_for, keys, directory, remembered=True)
             keys("F4", "Escape")
             quit_program(program, keys)
             print("nord1.txt received byte for byte by obex_test, again at the next start")
@@ -166,7 +152,7 @@ def inside(image, bluetooth):
             print("Bluetooth send not run: obex_test serves on port 650, which needs root")
     finally:
         if server:
-            server.close()
+            server.kill()
 
 
 def own_network():
