@@ -2,10 +2,7 @@
 
 #include <QLabel>
 
-#include "Common/Bluetooth/ScriptedObexService.h"
-#include "Common/Bluetooth/SendFileViaBlueTooth.h"
 #include "Common/Toolkit/MessageBoxEx.h"
-#include "Common/Toolkit/SubmenuDialog.h"
 #include "PowerMeter/Results/OPMDocument.h"
 #include "PowerMeter/Screens/OPMFileSystemDialog.h"
 #include "ScreenTestSupport.h"
@@ -92,38 +89,6 @@ TEST_F(FileDialog, OpensOnTheLastSavedFilePreviewsSavesAndOpens) {
         EXPECT_EQ(d.notes.join(' ').remove(dir.path() + '/'), notes);
     }
     SetOPMDocument(nullptr);
-}
-
-// F3's column holds Storage and Send; Send asks whether the hardware is
-// ready and hands the marked files to the sender.
-TEST_F(FileDialog, SendsTheMarkedFilesFromTheColumnOfF3) {
-    ScopedLanguagePack pack{"english"};
-    const QDir dir(CFileSystemBrowser::DataFolder());
-    for (const char* name : {"x1.txt", "x2.txt"})
-        QFile(dir.filePath(name)).open(QIODevice::WriteOnly);
-    obextest::Script script;
-    obextest::Install(script);
-    COPMFileSystemDialog d;
-    d.Create(), d.show(), d.SelectPath(dir.filePath("x1.txt"));
-    ASSERT_TRUE(toolkittest::WaitUntil([&] { return d.CurrentPath().endsWith("x1.txt"); }));
-    QTest::keyClick(&d, Qt::Key_Space), d.SelectPath(dir.filePath("x2.txt"));
-    QTest::keyClick(&d, Qt::Key_Space);
-    QStringList notes;
-    toolkittest::WhenShown<CSubmenuDialog>("the column of F3", [&](CSubmenuDialog* column) {
-        notes << column->GetKey(0)->Caption() << column->GetKey(1)->Caption();
-        screenshot::Save("files-send-key", &d, {column});
-        QTest::keyClick(column, Qt::Key_Down), QTest::keyClick(column, Qt::Key_Return);
-        toolkittest::WhenShown<CSendFileViaBlueTooth>(
-            "the sender", [&](CSendFileViaBlueTooth* sender) {
-                for (const std::wstring& path : sender->filePaths)
-                    notes << QString::fromStdWString(path);
-                sender->reject();
-            });
-    });
-    QTest::keyClick(&d, Qt::Key_F3);
-    obex::SetServiceFactory(nullptr);
-    EXPECT_EQ(script.calls, L" status");
-    EXPECT_EQ(notes.join(' ').remove(dir.path() + '/'), "Storage Send x1.txt x2.txt");
 }
 
 }  // namespace
