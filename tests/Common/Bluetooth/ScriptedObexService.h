@@ -9,7 +9,7 @@
 namespace obextest {
 
 struct Script {
-    bool init = true, bind = true, connect = true;
+    bool service = true, init = true, bind = true, connect = true;
     int state = obex::kStateRunning, failingWrite = -1, writes = 0;
     std::shared_ptr<obex::Sink> sink{};
     std::wstring calls{};
@@ -48,7 +48,9 @@ struct ScriptedObex : obex::Service, obex::Device, obex::PutStream {
 
 // Serves the sender until the result goes.
 [[nodiscard]] inline std::shared_ptr<void> Install(Script& s) {
-    obex::SetServiceFactory([&s] { return std::make_unique<ScriptedObex>(s); });
+    obex::SetServiceFactory([&s]() -> std::unique_ptr<obex::Service> {
+        return s.service ? std::make_unique<ScriptedObex>(s) : nullptr;
+    });
     return {nullptr, [](void*) { obex::SetServiceFactory(nullptr); }};
 }
 

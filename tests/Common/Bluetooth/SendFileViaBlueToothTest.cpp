@@ -111,7 +111,8 @@ TEST_F(Sender, SendsTheRememberedDeviceTheFilesInChunksAndSaysWhatFailed) {
         {"", {.state = 4}, Qt::Key_F1, {}, L" status| ", "Device not present or not ready"},
         {"", {.state = 5}, Qt::Key_F1, {}, L" status| ", "Device not present or not ready"},
         {"", {.state = -1}, Qt::Key_F1, {}, L" status| ", ""},
-        {"", {.init = false}, Qt::Key_F1, {}, L" status| ", "Error getting IObex object"}};
+        {"", {.init = false}, Qt::Key_F1, {}, L" status| ", "Error getting IObex object"},
+        {"", {.service = false}, Qt::Key_F1, {}, L"| ", "Error CoInitializeEx"}};
     // clang-format on
     ScopedLanguagePack pack;
     for (const Row& row : rows) {
