@@ -47,6 +47,8 @@ enum HeaderId : std::uint8_t {
     kEndOfBody = 0x49,     // bytes
     kLength = 0xC3,        // four bytes
     kConnectionId = 0xCB,  // four bytes
+    kSingleResponseMode = 0x97,  // one byte: 1 asks for it, or agrees
+    kSrmParameters = 0x98,       // one byte: 1 asks the other side to wait
 };
 
 struct Header {

@@ -63,6 +63,10 @@ bool Session::BeginPut(const std::u16string& name, std::uint32_t length) {
     if (connectionId) pendingHeaders.push_back(Header::Quad(kConnectionId, *connectionId));
     pendingHeaders.push_back(Header::Text(kName, name));
     pendingHeaders.push_back(Header::Quad(kLength, length));
+    // Asks the peer to answer only the last packet; one that does not know
+    // the header ignores it and answers each as before.
+    pendingHeaders.push_back(Header{kSingleResponseMode, {1}});
+    singleResponse = false;
     std::size_t headers = 3 + 3;  // the packet's own three bytes and an empty body header
     for (const Header& header : pendingHeaders) headers += header.WireSize();
     if (headers > maxPacket) return Fail("name too long for the packet size");
@@ -78,10 +82,22 @@ std::size_t Session::BodyRoom() const {
 bool Session::SendPut(std::size_t size, bool final) {
     std::vector<Header> headers = std::move(pendingHeaders);
     pendingHeaders.clear();
+    const bool first = !headers.empty() && headers.back().id == kSingleResponseMode;
     headers.push_back(Header::Data(final ? kEndOfBody : kBody, body.data(), size));
     body.erase(body.begin(), body.begin() + static_cast<std::ptrdiff_t>(size));
-    return Exchange(Request(final ? kPutFinal : kPut, headers), false,
-                    final ? kSuccess : kContinue);
+    const Bytes request = Request(final ? kPutFinal : kPut, headers);
+    if (singleResponse && !final) return stream.Write(request) || Broke("write failed");
+    Reply reply;
+    if (!Exchange(request, false, final ? kSuccess : kContinue, &reply)) {
+        // A refusal in single-response mode may be followed by more replies.
+        if (singleResponse) broken = true;
+        return false;
+    }
+    const Header* agreed = reply.Find(kSingleResponseMode);
+    const Header* wait = reply.Find(kSrmParameters);
+    singleResponse = first && agreed != nullptr && agreed->value == Bytes{1} &&
+                     (wait == nullptr || wait->value != Bytes{1});
+    return true;
 }
 
 bool Session::Write(const std::uint8_t* data, std::size_t size) {

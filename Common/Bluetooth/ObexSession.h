@@ -66,6 +66,8 @@ private:
     Bytes body;
     bool connected = false;
     bool broken = false;
+    // The peer agreed to answer only the object's last packet.
+    bool singleResponse = false;
     std::uint8_t lastCode = 0;
     std::string error;
 };

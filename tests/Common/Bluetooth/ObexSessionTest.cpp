@@ -17,14 +17,20 @@ using obex::Bytes;
 struct Peer : obex::ByteStream {
     std::deque<Bytes> replies;
     bool agreeing = false;
+    bool single = false;  // agrees to answer only the last packet of an object
+    bool answered = false;
     std::vector<Bytes> requests;
     Bytes pending;
     bool Write(const Bytes& bytes) override {
         requests.push_back(bytes);
         if (!replies.empty())
             pending = replies.front(), replies.pop_front();
+        else if (agreeing && bytes[0] == obex::kPut && answered)
+            return true;  // single-response mode: the last packet only
+        else if (agreeing && bytes[0] == obex::kPut)
+            pending = single ? (answered = true, Bytes{0x90, 0, 5, 0x97, 1}) : Bytes{0x90, 0, 3};
         else if (agreeing)
-            pending = bytes[0] == obex::kPut ? Bytes{0x90, 0x00, 0x03} : Bytes{0xA0, 0x00, 0x03};
+            pending = {0xA0, 0x00, 0x03}, answered = false;
         return true;
     }
     bool Read(std::uint8_t* data, std::size_t size, int) override {
@@ -55,9 +61,9 @@ Bytes Body(const Peer& peer, std::size_t maxPacket) {
 }
 
 TEST(ObexSession, PushesAFileInPacketsOfTheAgreedSize) {
-    for (const std::size_t size : {0u, 4999u, 10000u}) {
+    for (const std::size_t size : {0u, 4999u, 10000u, 10001u}) {
         Peer peer;
-        peer.replies = {kConnected}, peer.agreeing = true;
+        peer.replies = {kConnected}, peer.agreeing = true, peer.single = size > 10000;
         Bytes file(size);
         for (std::size_t i = 0; i < size; ++i) file[i] = static_cast<std::uint8_t>(i * 7);
         obex::Session session(peer);
