@@ -36,7 +36,7 @@ void Send(int link, const obex::Bytes& bytes) {
 // answered, or a raw file answered with one byte.
 class Responder {
 public:
-    Responder(bool obex, std::uint16_t offer) {
+    Responder(bool obex, std::uint16_t offer, bool single = false) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -46,9 +46,9 @@ public:
             getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0)
             std::perror("responder listen");
         port = ntohs(address.sin_port);
-        thread = std::thread([this, obex, offer] {
+        thread = std::thread([this, obex, offer, single] {
             for (int link; (link = accept(listener, nullptr, nullptr)) >= 0; close(link))
-                obex ? AnswerObex(link, offer) : AnswerRaw(link);
+                obex ? AnswerObex(link, offer, single) : AnswerRaw(link);
         });
     }
     ~Responder() {
@@ -59,16 +59,34 @@ public:
     std::uint16_t port = 0;
 
 private:
-    static void AnswerObex(int link, std::uint16_t offer) {
+    // Whether a request's headers ask for single-response mode.
+    static bool AsksSingleResponse(const std::vector<std::uint8_t>& packet, std::size_t length) {
+        for (std::size_t at = 3; at < length;) {
+            const std::uint8_t id = packet[at];
+            if (id == obex::kSingleResponseMode) return at + 1 < length && packet[at + 1] == 1;
+            const std::size_t size =
+                id >> 6 == 2 ? 2 : id >> 6 == 3 ? 5 : std::size_t(packet[at + 1] << 8 | packet[at + 2]);
+            if (size < 2) return false;
+            at += size;
+        }
+        return false;
+    }
+    static void AnswerObex(int link, std::uint16_t offer, bool single) {
         std::vector<std::uint8_t> packet(0x10000);
+        bool quiet = false;  // in single-response mode, inside an object
         while (ReadAll(link, packet.data(), 3)) {
             const std::size_t length = packet[1] << 8 | packet[2];
             if (length < 3 || !ReadAll(link, packet.data() + 3, length - 3)) return;
             if (packet[0] == obex::kConnect)
                 Send(link, {obex::kSuccess, 0, 7, obex::kVersion, 0, std::uint8_t(offer >> 8),
                             std::uint8_t(offer)});
+            else if (packet[0] == obex::kPut && quiet)
+                continue;
+            else if (packet[0] == obex::kPut && single && AsksSingleResponse(packet, length))
+                Send(link, {obex::kContinue, 0, 5, obex::kSingleResponseMode, 1}), quiet = true;
             else
                 Send(link, {packet[0] == obex::kPut ? obex::kContinue : obex::kSuccess, 0, 3});
+            if (packet[0] == obex::kPutFinal) quiet = false;
             if (packet[0] == obex::kDisconnect) return;
         }
     }
@@ -89,7 +107,7 @@ std::unique_ptr<obex::TcpStream> Connect(const Responder& peer, benchmark::State
 }
 
 void BM_ObexPut(benchmark::State& state) {
-    const Responder peer(true, static_cast<std::uint16_t>(state.range(0)));
+    const Responder peer(true, static_cast<std::uint16_t>(state.range(0)), state.range(1) != 0);
     const obex::Bytes file(kFile, 0x5A);
     for (auto _ : state) {
         auto stream = Connect(peer, state);
@@ -106,7 +124,15 @@ void BM_ObexPut(benchmark::State& state) {
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * kFile));
 }
-BENCHMARK(BM_ObexPut)->Arg(1024)->Arg(65535)->Unit(benchmark::kMillisecond)->UseRealTime();
+// Arguments: the packet size offered, and whether the peer agrees to answer
+// only an object's last packet (single-response mode).
+BENCHMARK(BM_ObexPut)
+    ->Args({1024, 0})
+    ->Args({65535, 0})
+    ->Args({1024, 1})
+    ->Args({65535, 1})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 void BM_RawCopy(benchmark::State& state) {
     const Responder peer(false, 0);
