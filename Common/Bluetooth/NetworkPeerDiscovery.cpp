@@ -41,7 +41,7 @@ public:
             }
             if (GetLastError() != ERROR_INSUFFICIENT_BUFFER || size <= buffer.size())
                 return std::nullopt;
-            buffer.assign(size, '\0');  // the bench grew between two calls at most twice
+            buffer.assign(size, '\0');  // the size asked for; the bench may grow again meanwhile
         }
         return std::nullopt;
     }
