@@ -8,6 +8,7 @@
 #include <boost/property_tree/ptree.hpp>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <limits>
 #include <memory>
@@ -49,7 +50,8 @@ std::string Hundredths(float value) {
 
 std::string Utf8(const std::wstring& text) {
     for (const wchar_t c : text)
-        if (c < 0 || c >= 0x80) return platform::ToUtf8(text);
+        // wchar_t is signed on x86-64 and unsigned on arm64.
+        if (static_cast<std::uint32_t>(c) >= 0x80) return platform::ToUtf8(text);
     return std::string(text.begin(), text.end());
 }
 
