@@ -70,9 +70,9 @@ void StackService::OnReport(const std::wstring& identity, DeviceProperties prope
 }
 
 std::unique_ptr<Device> StackService::BindToDevice(const PropertyBagPtr& device) {
-    bindError.clear();
     if (device == nullptr) return nullptr;
-    std::unique_ptr<ByteStream> stream = connector(*device, bindError);
+    std::string error;  // the sender says only that the device is not ready
+    std::unique_ptr<ByteStream> stream = connector(*device, error);
     if (stream == nullptr) return nullptr;
     return std::make_unique<SessionDevice>(std::move(stream), timeoutMs);
 }

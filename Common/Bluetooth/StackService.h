@@ -37,9 +37,6 @@ public:
     std::unique_ptr<Device> BindToDevice(const PropertyBagPtr& device) override;
     DWORD HardwareStatus(int* state) override;
 
-    // Why the last bind failed.
-    const std::string& BindError() const { return bindError; }
-
 private:
     void OnReport(const std::wstring& identity, DeviceProperties properties);
 
@@ -51,7 +48,6 @@ private:
     std::mutex mutex;  // the sink and the bags, against the discovery's thread
     std::shared_ptr<Sink> sink;
     std::map<std::wstring, std::pair<PropertyBagPtr, DeviceProperties>> devices;
-    std::string bindError;
 };
 
 // Opens TCP devices at their "Address" (host:port; without a port, "Port",
